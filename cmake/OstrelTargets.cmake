@@ -1,0 +1,20 @@
+# ostrel_add_library(NAME SOURCES ... [PUBLIC ...] [PRIVATE ...])
+# One static library per folder of src, called ostrel_NAME. Headers are included from the root of
+# src ("midi/SysexFrame.h"). PUBLIC and PRIVATE are the libraries that the folder may know.
+function(ostrel_add_library name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;PUBLIC;PRIVATE")
+    set(target ostrel_${name})
+    qt_add_library(${target} STATIC ${arg_SOURCES})
+    ostrel_set_warnings(${target})
+    target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+    target_link_libraries(${target} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
+endfunction()
+
+# ostrel_add_program(NAME SOURCES ... LIBRARIES ...)
+# A program beside the editor, left in the root of the build folder.
+function(ostrel_add_program name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+    qt_add_executable(${name} ${arg_SOURCES})
+    ostrel_set_warnings(${name})
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES})
+endfunction()

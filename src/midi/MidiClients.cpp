@@ -1,0 +1,102 @@
+#include "midi/MidiClients.h"
+
+#include "midi/DataBlockFrame.h"
+
+#include <QByteArray>
+#include <QLoggingCategory>
+
+#include <RtMidi.h>
+
+#include <exception>
+#include <vector>
+
+namespace midi
+{
+namespace
+{
+
+Q_LOGGING_CATEGORY(lcMidi, "ostrel.midi", QtInfoMsg)
+
+constexpr char ApiVariable[] = "OSTREL_MIDI_API";
+constexpr char InputClientName[] = "KQEditor In";
+constexpr char OutputClientName[] = "KQEditor Out";
+constexpr unsigned QueueLimit = 100; ///< messages kept while polling
+
+NameStyle nameStyle(RtMidi::Api api)
+{
+    switch (api) {
+    case RtMidi::LINUX_ALSA:
+        return NameStyle::Alsa;
+    case RtMidi::UNIX_JACK:
+        return NameStyle::Jack;
+    case RtMidi::WINDOWS_MM:
+        return NameStyle::WinMM;
+    default:
+        return NameStyle::Undecorated;
+    }
+}
+
+/// Lets a sysex of the full frame length arrive in one piece where the system hands it over in
+/// buffers of a fixed size. Must come before a port is opened.
+void enlargeBuffers([[maybe_unused]] RtMidiIn &input)
+{
+#ifdef OSTREL_RTMIDI_HAS_SET_BUFFER_SIZE
+    constexpr unsigned BufferCount = 4;
+    input.setBufferSize(MaxFrameLength, BufferCount);
+#endif
+}
+
+bool create(RtMidi::Api api, MidiClients &clients)
+{
+    try {
+        auto input = std::make_unique<RtMidiIn>(api, InputClientName, QueueLimit);
+        input->ignoreTypes(false, true, true);
+        enlargeBuffers(*input);
+        const RtMidi::Api used = input->getCurrentApi();
+        clients.output = std::make_unique<RtMidiOut>(used, OutputClientName);
+        clients.input = std::move(input);
+        clients.nameStyle = nameStyle(used);
+        qCDebug(lcMidi) << "MIDI back end:" << RtMidi::getApiDisplayName(used).c_str();
+        return true;
+    } catch (const std::exception &error) {
+        clients.error = error.what();
+        return false;
+    }
+}
+
+RtMidi::Api requestedApi()
+{
+    const QByteArray name = qgetenv(ApiVariable);
+    if (name.isEmpty())
+        return RtMidi::UNSPECIFIED;
+    const RtMidi::Api api = RtMidi::getCompiledApiByName(name.toStdString());
+    if (api == RtMidi::UNSPECIFIED)
+        qCInfo(lcMidi) << ApiVariable << "names no MIDI back end of this build:" << name;
+    return api;
+}
+
+} // namespace
+
+MidiClients::MidiClients() = default;
+MidiClients::MidiClients(MidiClients &&) noexcept = default;
+MidiClients &MidiClients::operator=(MidiClients &&) noexcept = default;
+MidiClients::~MidiClients() = default;
+
+MidiClients createMidiClients()
+{
+    MidiClients clients;
+    const RtMidi::Api requested = requestedApi();
+    if (create(requested, clients) || requested != RtMidi::UNSPECIFIED)
+        return clients;
+
+    std::vector<RtMidi::Api> compiled;
+    RtMidi::getCompiledApi(compiled);
+    for (const RtMidi::Api api : compiled) {
+        if (create(api, clients))
+            return clients;
+    }
+    qCInfo(lcMidi) << "no MIDI service:" << clients.error.c_str();
+    return clients;
+}
+
+} // namespace midi

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "midi/PortMatching.h"
+
+#include <memory>
+#include <string>
+
+class RtMidiIn;
+class RtMidiOut;
+
+namespace midi
+{
+
+/// The MIDI library's input and output client. Both or neither exist.
+struct MidiClients
+{
+    MidiClients();
+    MidiClients(MidiClients &&) noexcept;
+    MidiClients &operator=(MidiClients &&) noexcept;
+    ~MidiClients();
+
+    std::unique_ptr<RtMidiIn> input;
+    std::unique_ptr<RtMidiOut> output;
+    NameStyle nameStyle = NameStyle::Undecorated;
+    std::string error; ///< the library's last error text; may be set although clients exist
+};
+
+/// Creates the clients with the library's own choice of back end; where that fails, with the first
+/// compiled one that works. Without any, the clients are null and `error` says why. The environment
+/// variable OSTREL_MIDI_API names a back end to use instead. Does not throw.
+[[nodiscard]] MidiClients createMidiClients();
+
+} // namespace midi

@@ -1,0 +1,333 @@
+#include "midi/QtRtMIDI.h"
+
+#include "midi/BlockEncoding.h"
+#include "midi/Crc32.h"
+#include "midi/MCoded7.h"
+#include "midi/SevenBit.h"
+
+#include <QMetaType>
+
+#include <RtMidi.h>
+
+#include <algorithm>
+
+using midi::ByteView;
+
+namespace
+{
+
+/// Runs a piece of work with the MIDI library. An error becomes a text and a false result.
+template <typename Work>
+bool attempt(std::string &errorText, Work &&work)
+{
+    try {
+        work();
+        return true;
+    } catch (const std::exception &error) {
+        errorText = error.what();
+        return false;
+    }
+}
+
+std::vector<std::string> portNames(RtMidi &client)
+{
+    std::vector<std::string> names(client.getPortCount());
+    for (unsigned i = 0; i < names.size(); ++i)
+        names[i] = client.getPortName(i);
+    return names;
+}
+
+/// Opens the port that was called `name` at the scan, wherever it stands now.
+void openPort(RtMidi &client, unsigned number, const std::string &name)
+{
+    const std::vector<std::string> now = portNames(client);
+    if (number >= now.size() || now[number] != name) {
+        const auto found = std::ranges::find(now, name);
+        if (found == now.end())
+            throw RtMidiError("MIDI port is gone: " + name, RtMidiError::NO_DEVICES_FOUND);
+        number = static_cast<unsigned>(found - now.begin());
+    }
+    client.openPort(number, std::string(midi::OwnPortName));
+}
+
+void closeIfOpen(RtMidi &client)
+{
+    if (client.isPortOpen())
+        client.closePort();
+}
+
+QString toLatin1Text(ByteView bytes)
+{
+    return QString::fromLatin1(reinterpret_cast<const char *>(bytes.data()),
+                               static_cast<qsizetype>(bytes.size()));
+}
+
+} // namespace
+
+QtRtMIDI::QtRtMIDI(QObject *parent)
+    : QObject(parent)
+    , m_clients(midi::createMidiClients())
+{
+    qRegisterMetaType<std::vector<uint8_t>>("std::vector<uint8_t>");
+    m_error = m_clients.error;
+}
+
+QtRtMIDI::~QtRtMIDI() = default;
+
+bool QtRtMIDI::init()
+{
+    return true;
+}
+
+void QtRtMIDI::scanPorts(const char *inName, const char *outName)
+{
+    m_pairs.clear();
+    if (m_clients.input) {
+        attempt(m_error, [&] {
+            const auto inputs = portNames(*m_clients.input);
+            const auto outputs = portNames(*m_clients.output);
+            const auto append = [&](unsigned in, unsigned out) {
+                m_pairs.push_back({{in, inputs[in]}, {out, outputs[out]}});
+            };
+            if (!inName || !outName) {
+                for (const midi::PortPair &pair :
+                     midi::pairPorts(m_clients.nameStyle, inputs, outputs))
+                    append(pair.input, pair.output);
+                return;
+            }
+            const auto input = midi::findPort(m_clients.nameStyle, inputs, inName);
+            const auto output = midi::findPort(m_clients.nameStyle, outputs, outName);
+            if (input && output)
+                append(*input, *output);
+        });
+    }
+    emit portListChanged();
+}
+
+int QtRtMIDI::portCount() const
+{
+    return static_cast<int>(m_pairs.size());
+}
+
+const char *QtRtMIDI::portName(unsigned index)
+{
+    m_portName.clear();
+    if (index < m_pairs.size()) {
+        attempt(m_error, [&] {
+            const unsigned number = m_pairs[index].input.number;
+            if (number < m_clients.input->getPortCount())
+                m_portName = m_clients.input->getPortName(number);
+        });
+    }
+    return m_portName.c_str();
+}
+
+bool QtRtMIDI::selectPort(unsigned index)
+{
+    if (index >= m_pairs.size())
+        return false;
+    closePort();
+    const Pair &pair = m_pairs[index];
+    if (!attempt(m_error, [&] { openPort(*m_clients.input, pair.input.number, pair.input.name); }))
+        return false;
+    if (!attempt(m_error,
+                 [&] { openPort(*m_clients.output, pair.output.number, pair.output.name); })) {
+        attempt(m_error, [&] { m_clients.input->closePort(); });
+        return false;
+    }
+    return true;
+}
+
+void QtRtMIDI::closePort()
+{
+    if (!m_clients.input)
+        return;
+    attempt(m_error, [&] { closeIfOpen(*m_clients.input); });
+    attempt(m_error, [&] { closeIfOpen(*m_clients.output); });
+}
+
+bool QtRtMIDI::portsReady() const
+{
+    return m_clients.input && m_clients.input->isPortOpen() && m_clients.output->isPortOpen();
+}
+
+void QtRtMIDI::setCallbackMode(bool enabled)
+{
+    // The library complains on standard error about a callback set or cancelled twice.
+    if (!m_clients.input || m_callbackInstalled == enabled)
+        return;
+    m_callbackInstalled = attempt(m_error,
+                                  [&] {
+                                      if (enabled)
+                                          m_clients.input->setCallback(&QtRtMIDI::receiveCB, this);
+                                      else
+                                          m_clients.input->cancelCallback();
+                                  }) &&
+                          enabled;
+}
+
+void QtRtMIDI::receiveCB(double /*timeStamp*/, std::vector<uint8_t> *message, void *userData)
+{
+    auto *connection = static_cast<QtRtMIDI *>(userData);
+    if (!connection || !message)
+        return;
+    if (midi::isProgramChange(*message)) {
+        connection->emitIncomingDataSignal(*message);
+        return;
+    }
+    if (!midi::isSysex(*message))
+        return;
+    if (midi::isTextMessage(*message))
+        connection->emitMessageSignal(toLatin1Text(midi::readText(*message)));
+    else
+        connection->emitIncomingDataSignal(*message);
+}
+
+bool QtRtMIDI::receiveMessage(std::vector<uint8_t> &message)
+{
+    message.clear();
+    if (!m_clients.input || !m_clients.input->isPortOpen())
+        return false;
+    return attempt(m_error, [&] { m_clients.input->getMessage(&message); }) && !message.empty();
+}
+
+void QtRtMIDI::flushInput()
+{
+    std::vector<uint8_t> discarded;
+    while (receiveMessage(discarded)) {
+    }
+}
+
+bool QtRtMIDI::sendMessage(const std::vector<uint8_t> &message)
+{
+    if (message.empty() || !m_clients.output || !m_clients.output->isPortOpen())
+        return false;
+    return attempt(m_error, [&] { m_clients.output->sendMessage(message.data(), message.size()); });
+}
+
+bool QtRtMIDI::sendSysex(const uint8_t *bytes, uint32_t length)
+{
+    return sendMessage(std::vector<uint8_t>(bytes, bytes + length));
+}
+
+bool QtRtMIDI::pgmChange(uint8_t channel, uint8_t program)
+{
+    return sendMessage(midi::programChange(channel, program));
+}
+
+void QtRtMIDI::setSettingsTransferObj(SettingsTransfer *object)
+{
+    if (m_settingsTransfer == object)
+        return;
+    m_settingsTransfer = object;
+    emit settingsTransferObjChanged();
+}
+
+void QtRtMIDI::emitIncomingDataSignal(const std::vector<uint8_t> &message)
+{
+    emit midiMessageReceived(message);
+}
+
+void QtRtMIDI::emitMessageSignal(const QString &text)
+{
+    emit textMessageReceived(text);
+}
+
+bool QtRtMIDI::isZEVSysexMsg(const std::vector<uint8_t> &msg)
+{
+    return midi::isSysex(msg);
+}
+
+bool QtRtMIDI::isPgmChange(const std::vector<uint8_t> &msg)
+{
+    return midi::isProgramChange(msg);
+}
+
+bool QtRtMIDI::isOurZEVSysexMsg(const std::vector<uint8_t> &msg) const
+{
+    return midi::isSysex(msg) &&
+           (msg[midi::SysexIdOffset] == m_sysexId || msg[midi::SysexIdOffset] == m_altSysexId);
+}
+
+bool QtRtMIDI::isZEVGlobals(const std::vector<uint8_t> &msg) const
+{
+    return midi::isDataBlock(msg, m_sysexId, midi::BlockType::Globals);
+}
+
+bool QtRtMIDI::isZEVScriptData(const std::vector<uint8_t> &msg) const
+{
+    return midi::isDataBlock(msg, m_sysexId, midi::BlockType::Script);
+}
+
+bool QtRtMIDI::isZEVSysexAck(const std::vector<uint8_t> &msg) const
+{
+    return midi::isAcknowledgement(msg, m_sysexId);
+}
+
+bool QtRtMIDI::isZEVSysexData(const std::vector<uint8_t> &msg) const
+{
+    return midi::isEmptyDataBlock(msg, m_sysexId);
+}
+
+uint32_t QtRtMIDI::calcCRC(const uint8_t *data, uint32_t length, uint32_t initial)
+{
+    return midi::calcCrc(ByteView(data, length), initial);
+}
+
+bool QtRtMIDI::encodeMCoded7(const uint8_t *input, uint32_t length, uint8_t *output,
+                             uint32_t &capacity)
+{
+    const auto result = midi::encodeMCoded7(ByteView(input, length), {output, capacity});
+    capacity = static_cast<uint32_t>(result.written);
+    return result.complete;
+}
+
+uint32_t QtRtMIDI::decodeMCoded7(uint8_t *buffer, uint32_t length)
+{
+    return static_cast<uint32_t>(midi::decodeMCoded7({buffer, length}));
+}
+
+bool QtRtMIDI::encodeBlock(const uint8_t *input, uint32_t length, std::vector<uint8_t> &output)
+{
+    output = midi::encodeBlock(ByteView(input, length));
+    return true;
+}
+
+bool QtRtMIDI::decodeBlock(const uint8_t *input, uint32_t length, uint8_t *output,
+                           uint32_t &capacity)
+{
+    const auto result = midi::decodeBlock(ByteView(input, length), {output, capacity});
+    capacity = static_cast<uint32_t>(result.written);
+    return result.complete;
+}
+
+uint16_t QtRtMIDI::convert16To14Bit(uint16_t value)
+{
+    return midi::convert16To14Bit(value);
+}
+
+uint16_t QtRtMIDI::convert14To16Bit(uint16_t packed)
+{
+    return midi::convert14To16Bit(packed);
+}
+
+uint32_t QtRtMIDI::convert32To28Bit(uint32_t value)
+{
+    return midi::convert32To28Bit(value);
+}
+
+uint32_t QtRtMIDI::convert28To32Bit(uint32_t packed)
+{
+    return midi::convert28To32Bit(packed);
+}
+
+void QtRtMIDI::convertToVector(std::vector<uint8_t> &message, const uint8_t *bytes, uint32_t length)
+{
+    message.assign(bytes, bytes + length);
+}
+
+void QtRtMIDI::prependDataHeader(std::vector<uint8_t> &message) const
+{
+    const auto header = midi::dataHeader(m_sysexId);
+    message.insert(message.begin(), header.begin(), header.end());
+}
