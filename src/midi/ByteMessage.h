@@ -13,4 +13,13 @@ using ByteMessage = std::vector<std::uint8_t>;
 /// Bytes that somebody else owns.
 using ByteView = std::span<const std::uint8_t>;
 
+/// Appends `bytes`, which must not be part of `message`. One by one, because GCC 12 mistakes the
+/// range insert of a vector for an overrun (a false -Warray-bounds).
+inline void append(ByteMessage &message, ByteView bytes)
+{
+    message.reserve(message.size() + bytes.size());
+    for (const std::uint8_t byte : bytes)
+        message.push_back(byte);
+}
+
 } // namespace midi

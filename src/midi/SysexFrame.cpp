@@ -14,15 +14,16 @@ constexpr std::size_t EmptyDataBlockLength = 17;
 
 ByteMessage message(std::initializer_list<std::uint8_t> body)
 {
-    ByteMessage bytes(SysexPrefix.size() + body.size());
-    std::ranges::copy(body, std::ranges::copy(SysexPrefix, bytes.begin()).out);
+    ByteMessage bytes;
+    append(bytes, SysexPrefix);
+    append(bytes, body);
     return bytes;
 }
 
 ByteMessage textFrame(std::uint8_t sysexId, Command command, ByteView text)
 {
     ByteMessage bytes = message({sysexId, toByte(command), 0});
-    bytes.insert(bytes.end(), text.begin(), text.end());
+    append(bytes, text);
     bytes.push_back(SysexEnd);
     return bytes;
 }

@@ -12,10 +12,10 @@ namespace
 
 ByteMessage start(std::uint8_t sysexId, UpdateCommand command)
 {
-    ByteMessage bytes(SysexPrefix.begin(), SysexPrefix.end());
-    bytes.push_back(sysexId);
-    bytes.push_back(toByte(Command::FirmwareUpdate));
-    bytes.push_back(static_cast<std::uint8_t>(command));
+    ByteMessage bytes;
+    append(bytes, SysexPrefix);
+    append(bytes, std::array{sysexId, toByte(Command::FirmwareUpdate),
+                             static_cast<std::uint8_t>(command)});
     return bytes;
 }
 
@@ -58,7 +58,7 @@ ByteMessage updateData(std::uint8_t sysexId, std::uint32_t position, ByteView bl
     append28Bit(bytes, static_cast<std::uint32_t>(block.size()));
     append28Bit(bytes, static_cast<std::uint32_t>(encoded.size()));
     append32(bytes, calcCrc(encoded) & UpdateCrcMask);
-    bytes.insert(bytes.end(), encoded.begin(), encoded.end());
+    append(bytes, encoded);
     bytes.push_back(SysexEnd);
     return bytes;
 }
@@ -68,7 +68,7 @@ ByteMessage updateDone(std::uint8_t sysexId, std::uint32_t length, std::uint8_t 
 {
     ByteMessage bytes = start(sysexId, UpdateCommand::Done);
     append28Bit(bytes, length);
-    bytes.insert(bytes.end(), {param1, param2, SysexEnd});
+    append(bytes, std::array{param1, param2, SysexEnd});
     return bytes;
 }
 
