@@ -1,0 +1,333 @@
+#include "devices/ConnectedDeviceListModel.h"
+
+#include "devices/MidiDevice.h"
+#include "devices/ProductTable.h"
+#include "devices/SettingsKeys.h"
+#include "midi/QtRtMIDI.h"
+
+#include <QSettings>
+#include <QThread>
+
+#include <algorithm>
+
+namespace
+{
+
+constexpr int ListenRounds = 20;
+constexpr unsigned long RoundMs = 10;
+constexpr int ScanEntryValue = -1;
+
+int storedReference()
+{
+    bool isNumber = false;
+    const int reference =
+        QSettings().value(LAST_PRODUCT_SETTING, midi::NoDeviceReference).toInt(&isNumber);
+    return isNumber ? reference : midi::NoDeviceReference;
+}
+
+} // namespace
+
+ConnectedDeviceListModel::ConnectedDeviceListModel(QObject *parent)
+    : QAbstractListModel(parent)
+{
+    QtRtMIDI::init();
+    const int reference = storedReference();
+    m_connectedProductId = midi::referencedProductId(reference);
+    m_connectedSysexId = midi::referencedSysexId(reference);
+}
+
+int ConnectedDeviceListModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_devices.size()) + 1;
+}
+
+QVariant ConnectedDeviceListModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid())
+        return {};
+    if (index.row() > m_devices.size() || (role != DisplayRole && role != ValueRole))
+        return false;
+    if (index.row() == 0)
+        return role == DisplayRole ? QVariant(tr("- Scan for Devices -"))
+                                   : QVariant(ScanEntryValue);
+    const MidiDevice &device = *m_devices[index.row() - 1];
+    if (role == DisplayRole)
+        return QString::fromUtf8(device.menuName());
+    return midi::deviceReference(device.productID(), device.sysexID());
+}
+
+QHash<int, QByteArray> ConnectedDeviceListModel::roleNames() const
+{
+    return {{DisplayRole, "display"}, {ValueRole, "value"}};
+}
+
+int ConnectedDeviceListModel::scanForDevice()
+{
+    if (!m_link)
+        return connectedReference();
+
+    beginResetModel();
+    m_devices.clear();
+    findPorts();
+    for (int port = 0; m_link && port < m_link->portCount(); ++port)
+        listenOnPort(static_cast<unsigned>(port));
+
+    m_currentIndex = NoIndex;
+    const int chosen = chooseDevice();
+    if (chosen == NoIndex)
+        disconnectDevice();
+    else
+        connectToIndex(chosen);
+    m_firstScan = false;
+    endResetModel();
+    return connectedReference();
+}
+
+void ConnectedDeviceListModel::findPorts()
+{
+    m_onlyOstrel = false;
+    if (m_inputPortName.isEmpty() || m_outputPortName.isEmpty()) {
+        m_link->scanPorts(nullptr, nullptr);
+        return;
+    }
+    m_link->scanPorts(m_inputPortName.toLatin1().constData(),
+                      m_outputPortName.toLatin1().constData());
+    if (m_link->portCount() == 0 && !m_firstScan) {
+        m_onlyOstrel = true;
+        m_link->scanPorts(nullptr, nullptr);
+    }
+}
+
+void ConnectedDeviceListModel::listenOnPort(unsigned port)
+{
+    if (!m_link->selectPort(port))
+        return;
+    m_link->setCallbackMode(false);
+    m_link->flushInput();
+    if (m_link->sendIDReq()) {
+        std::vector<std::uint8_t> message;
+        for (int round = 0; round < ListenRounds; ++round) {
+            if (m_link->receiveMessage(message) && !handleReply(message, port))
+                break;
+            QThread::msleep(RoundMs);
+        }
+    }
+    m_link->setCallbackMode(true);
+}
+
+bool ConnectedDeviceListModel::handleReply(const std::vector<std::uint8_t> &message, unsigned port)
+{
+    if (midi::isIdentityReply(message)) {
+        const midi::Identity identity = midi::readIdentity(message);
+        if (!isAcceptableProductID(identity.productId))
+            return false;
+        if (identity.productId < 128 && identity.sysexId < 128)
+            addDevice(identity, port);
+    } else if (midi::isNameReply(message)) {
+        nameDevices(message);
+    }
+    return true;
+}
+
+void ConnectedDeviceListModel::addDevice(const midi::Identity &identity, unsigned port)
+{
+    auto *device = new MidiDevice(identity.productId, identity.sysexId, this);
+    device->setMidiObj(m_link);
+    device->setMajorVersion(identity.version.major);
+    device->setMinorVersion(identity.version.minor);
+    device->setPointVersion(identity.version.point);
+    device->setDeviceIndex(port);
+    m_devices.append(device);
+    // Without an answer the device stays in the list without a name.
+    m_link->sendNameReq(identity.sysexId);
+}
+
+void ConnectedDeviceListModel::nameDevices(midi::ByteView nameReply)
+{
+    const midi::ByteView bytes = midi::readText(nameReply);
+    const std::string name(bytes.begin(), bytes.end());
+    for (MidiDevice *device : std::as_const(m_devices)) {
+        if (device->sysexID() == nameReply[midi::SysexIdOffset])
+            device->setDisplayName(name.c_str());
+    }
+}
+
+int ConnectedDeviceListModel::chooseDevice()
+{
+    const auto isLast = [this](const MidiDevice &device) {
+        return device.productID() == m_connectedProductId &&
+               (device.sysexID() == m_connectedSysexId ||
+                (!m_firstScan && device.sysexID() == m_newSysexId));
+    };
+    int chosen = NoIndex;
+    if (m_firstScan || m_connectedSysexId != midi::NoId)
+        chosen = findFirst(isLast);
+    if (chosen == NoIndex)
+        return m_devices.size() == 1 ? 0 : NoIndex;
+
+    const std::uint8_t sysexId = m_devices[chosen]->sysexID();
+    if (!m_firstScan && sysexId == m_newSysexId) {
+        // The same device under its new ID: no change that anybody has to hear of.
+        m_connectedSysexId = sysexId;
+        m_newSysexId = midi::NoId;
+    }
+    return chosen;
+}
+
+bool ConnectedDeviceListModel::connectToDevice(int deviceRefInt)
+{
+    const int index = findByReference(deviceRefInt);
+    if (index == NoIndex)
+        disconnectDevice();
+    else
+        connectToIndex(index);
+    QSettings().setValue(LAST_PRODUCT_SETTING, connectedReference());
+    return index != NoIndex;
+}
+
+bool ConnectedDeviceListModel::connectToDeviceForFirmwareUpdate(int deviceRefInt)
+{
+    const int index = findByReference(deviceRefInt);
+    if (index == NoIndex)
+        return false;
+    m_connectedSysexId = m_devices[index]->sysexID();
+    openDevice(index);
+    return true;
+}
+
+int ConnectedDeviceListModel::getStartupDevice() const
+{
+    int index = NoIndex;
+    if (m_connectedProductId != midi::NoId) {
+        index = findFirst([this](const MidiDevice &device) {
+            return device.productID() == m_connectedProductId && device.sysexID() != midi::NoId;
+        });
+    }
+    if (index == NoIndex) {
+        index = findFirst([](const MidiDevice &device) {
+            return device.productID() != midi::NoId && device.sysexID() != midi::NoId;
+        });
+    }
+    if (index == NoIndex)
+        return midi::NoDeviceReference;
+    return midi::deviceReference(m_devices[index]->productID(), m_devices[index]->sysexID());
+}
+
+MidiDevice *ConnectedDeviceListModel::currentDevice() const
+{
+    const bool listed = m_currentIndex != NoIndex && m_currentIndex < m_devices.size();
+    return listed ? m_devices[m_currentIndex] : nullptr;
+}
+
+void ConnectedDeviceListModel::clearProductIDList()
+{
+    m_acceptableProducts.clear();
+}
+
+void ConnectedDeviceListModel::addProductIDToList(int productID)
+{
+    if (productID >= 0 && productID < 128)
+        m_acceptableProducts.append(productID);
+}
+
+bool ConnectedDeviceListModel::isAcceptableProductID(int productID) const
+{
+    if (m_onlyOstrel && productID != OstrelProductId)
+        return false;
+    return m_acceptableProducts.isEmpty() || m_acceptableProducts.contains(productID);
+}
+
+void ConnectedDeviceListModel::setDeviceConnected(bool connected, bool force)
+{
+    if (m_deviceConnected == connected && !force)
+        return;
+    m_deviceConnected = connected;
+    emit deviceIsConnected(connected ? m_currentIndex : NoIndex);
+}
+
+QtRtMIDI *ConnectedDeviceListModel::midiObj() const
+{
+    return m_link;
+}
+
+void ConnectedDeviceListModel::setMidiObj(QtRtMIDI *link)
+{
+    if (m_link == link)
+        return;
+    m_link = link;
+    emit midiObjChanged();
+}
+
+void ConnectedDeviceListModel::setNewSysexID(int id)
+{
+    const std::uint8_t sysexId = midi::referencedSysexId(id);
+    if (m_newSysexId == sysexId)
+        return;
+    m_newSysexId = sysexId;
+    emit newSysexIDChanged();
+}
+
+int ConnectedDeviceListModel::findByReference(int reference) const
+{
+    return findFirst([reference](const MidiDevice &device) {
+        return device.productID() == midi::referencedProductId(reference) &&
+               device.sysexID() == midi::referencedSysexId(reference);
+    });
+}
+
+template <typename Matches>
+int ConnectedDeviceListModel::findFirst(Matches matches) const
+{
+    const auto found =
+        std::ranges::find_if(m_devices, [&](const MidiDevice *device) { return matches(*device); });
+    return found == m_devices.end() ? NoIndex : static_cast<int>(found - m_devices.begin());
+}
+
+void ConnectedDeviceListModel::openDevice(int index)
+{
+    m_currentIndex = index;
+    const MidiDevice &device = *m_devices[index];
+    if (m_link) {
+        // A port that cannot be opened now makes the first transfer fail, which the user is told.
+        static_cast<void>(m_link->selectPort(device.deviceIndex()));
+        m_link->setSysexID(device.sysexID());
+    }
+    setDeviceConnected(true, true);
+}
+
+void ConnectedDeviceListModel::connectToIndex(int index)
+{
+    setConnectedProductID(m_devices[index]->productID());
+    setConnectedSysexID(m_devices[index]->sysexID());
+    openDevice(index);
+}
+
+void ConnectedDeviceListModel::disconnectDevice()
+{
+    setConnectedProductID(midi::NoId);
+    setConnectedSysexID(midi::NoId);
+    if (m_link)
+        m_link->closePort();
+    setDeviceConnected(false, true);
+}
+
+void ConnectedDeviceListModel::setConnectedProductID(std::uint8_t id)
+{
+    if (m_connectedProductId == id)
+        return;
+    m_connectedProductId = id;
+    emit connectedProductIDChanged();
+}
+
+void ConnectedDeviceListModel::setConnectedSysexID(std::uint8_t id)
+{
+    if (m_connectedSysexId == id)
+        return;
+    m_connectedSysexId = id;
+    emit connectedSysexIDChanged();
+}
+
+int ConnectedDeviceListModel::connectedReference() const
+{
+    return midi::deviceReference(m_connectedProductId, m_connectedSysexId);
+}

@@ -1,0 +1,124 @@
+#pragma once
+
+#include "midi/DeviceReference.h"
+#include "midi/SysexFrame.h"
+
+#include <QAbstractListModel>
+#include <QPointer>
+
+#include <cstdint>
+
+class MidiDevice;
+class QtRtMIDI;
+
+/// Finds the devices on the computer's MIDI ports, lists them for the device chooser, connects the
+/// MIDI link to one of them and remembers that one between runs. Declared by the main window.
+/// GUI thread only; a scan blocks for about 200 ms per pair of ports.
+///
+/// Row 0 is the entry that asks for a scan, with the value -1; row n is the device n - 1, with its
+/// device reference as value. Records of earlier scans stay alive as children of the model, since
+/// the firmware updater may still hold one.
+class ConnectedDeviceListModel : public QAbstractListModel
+{
+    Q_OBJECT
+    Q_PROPERTY(bool deviceConnected READ deviceConnected WRITE setDeviceConnected NOTIFY
+                   deviceIsConnected FINAL)
+    Q_PROPERTY(QtRtMIDI *midiObj READ midiObj WRITE setMidiObj NOTIFY midiObjChanged FINAL)
+    Q_PROPERTY(
+        int connectedProductID READ connectedProductID NOTIFY connectedProductIDChanged FINAL)
+    Q_PROPERTY(int connectedSysexID READ connectedSysexID NOTIFY connectedSysexIDChanged FINAL)
+    Q_PROPERTY(int newSysexID READ newSysexID WRITE setNewSysexID NOTIFY newSysexIDChanged FINAL)
+    Q_PROPERTY(QString inputPortName READ inputPortName WRITE setInputPortName FINAL)
+    Q_PROPERTY(QString outputPortName READ outputPortName WRITE setOutputPortName FINAL)
+    Q_MOC_INCLUDE("devices/MidiDevice.h")
+    Q_MOC_INCLUDE("midi/QtRtMIDI.h")
+
+public:
+    enum Role { DisplayRole = Qt::DisplayRole, ValueRole = Qt::UserRole };
+
+    explicit ConnectedDeviceListModel(QObject *parent = nullptr);
+
+    [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
+    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+
+    /// Asks every pair of ports (the named pair, when both names are set) who is there, lists the
+    /// answers and connects: to the stored or last device, else to the only one. Returns the
+    /// connected device's reference, or 65535. From the second scan on, named ports that do not
+    /// exist make it look on all pairs for an Ostrel: that is where one in its bootloader sits.
+    Q_INVOKABLE int scanForDevice();
+    /// Connects to a listed device and remembers it. False when it is not listed: the link is then
+    /// closed and "none" remembered.
+    Q_INVOKABLE bool connectToDevice(int deviceRefInt);
+    /// Selects a listed device without remembering it, to look at its firmware. False, with
+    /// nothing changed, when it is not listed.
+    Q_INVOKABLE bool connectToDeviceForFirmwareUpdate(int deviceRefInt);
+    /// The device to propose at start, or 65535.
+    Q_INVOKABLE int getStartupDevice() const;
+    /// The record of the connected device, owned by the model; null when there is none.
+    Q_INVOKABLE MidiDevice *currentDevice() const;
+    /// An empty list of acceptable products accepts all.
+    Q_INVOKABLE void clearProductIDList();
+    Q_INVOKABLE void addProductIDToList(int productID);
+    [[nodiscard]] bool isAcceptableProductID(int productID) const;
+
+    [[nodiscard]] bool deviceConnected() const { return m_deviceConnected; }
+    /// With `force` the signal is emitted even when nothing changed.
+    void setDeviceConnected(bool connected, bool force = false);
+    [[nodiscard]] QtRtMIDI *midiObj() const;
+    void setMidiObj(QtRtMIDI *link);
+    [[nodiscard]] int connectedProductID() const { return m_connectedProductId; }
+    [[nodiscard]] int connectedSysexID() const { return m_connectedSysexId; }
+    /// The ID that the connected device is about to take; 255 for none.
+    [[nodiscard]] int newSysexID() const { return m_newSysexId; }
+    /// Takes bits 0 to 7, so that a whole device reference may be given.
+    void setNewSysexID(int id);
+    [[nodiscard]] QString inputPortName() const { return m_inputPortName; }
+    void setInputPortName(const QString &name) { m_inputPortName = name; }
+    [[nodiscard]] QString outputPortName() const { return m_outputPortName; }
+    void setOutputPortName(const QString &name) { m_outputPortName = name; }
+
+signals:
+    /// Carries the index in the device list (not a reference), -1 for none.
+    void deviceIsConnected(int deviceRef);
+    /// Declared anew so that documents find it on this type; the list only ever resets.
+    void dataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight,
+                     const QList<int> &roles);
+    void midiObjChanged();
+    void connectedProductIDChanged();
+    void connectedSysexIDChanged();
+    void newSysexIDChanged();
+
+private:
+    static constexpr int NoIndex = -1;
+
+    void findPorts();
+    void listenOnPort(unsigned port);
+    /// False when the message says that this port is not to be listened to any longer.
+    [[nodiscard]] bool handleReply(const std::vector<std::uint8_t> &message, unsigned port);
+    void addDevice(const midi::Identity &identity, unsigned port);
+    void nameDevices(midi::ByteView nameReply);
+    [[nodiscard]] int chooseDevice();
+    [[nodiscard]] int findByReference(int reference) const;
+    template <typename Matches>
+    [[nodiscard]] int findFirst(Matches matches) const;
+    void openDevice(int index);
+    void connectToIndex(int index);
+    void disconnectDevice();
+    void setConnectedProductID(std::uint8_t id);
+    void setConnectedSysexID(std::uint8_t id);
+    [[nodiscard]] int connectedReference() const;
+
+    QString m_inputPortName;
+    QString m_outputPortName;
+    QPointer<QtRtMIDI> m_link;
+    QList<int> m_acceptableProducts;
+    bool m_onlyOstrel = false; ///< of the scan that runs: it looks beyond the named ports
+    QList<MidiDevice *> m_devices;
+    bool m_deviceConnected = false;
+    int m_currentIndex = NoIndex;
+    std::uint8_t m_connectedProductId = midi::NoId;
+    std::uint8_t m_connectedSysexId = midi::NoId;
+    std::uint8_t m_newSysexId = midi::NoId;
+    bool m_firstScan = true;
+};

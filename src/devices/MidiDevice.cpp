@@ -1,0 +1,125 @@
+#include "devices/MidiDevice.h"
+
+#include "midi/DeviceReference.h"
+#include "midi/QtRtMIDI.h"
+
+#include <QThread>
+
+#include <algorithm>
+#include <cstring>
+
+namespace
+{
+
+constexpr std::size_t MenuNameLength = 27; ///< of the display name within the menu name
+constexpr int VersionPolls = 20;
+constexpr unsigned long PollIntervalMs = 10;
+
+bool isSevenBit(std::uint8_t id)
+{
+    return id < 128;
+}
+
+/// Copies up to `length` bytes of `text` and ends them with a zero.
+void copyText(std::array<char, MidiDevice::NameSize> &to, std::string_view text, std::size_t length)
+{
+    to.fill('\0');
+    std::ranges::copy(text.substr(0, std::min(length, to.size() - 1)), to.begin());
+}
+
+} // namespace
+
+MidiDevice::MidiDevice(std::uint8_t productId, std::uint8_t sysexId, QObject *parent)
+    : QObject(parent)
+    , m_productId(midi::NoId)
+    , m_sysexId(midi::NoId)
+{
+    setProductID(productId);
+    setSysexID(sysexId);
+}
+
+MidiDevice::MidiDevice(const MidiDevice &other)
+    : QObject()
+    , m_productId(midi::NoId)
+    , m_sysexId(other.m_sysexId)
+    , m_version(other.m_version)
+    , m_deviceIndex(other.m_deviceIndex)
+{
+    setDisplayName(other.displayName());
+}
+
+void MidiDevice::setMidiObj(QtRtMIDI *link)
+{
+    m_link = link;
+}
+
+void MidiDevice::setProductID(std::uint8_t id)
+{
+    if (isSevenBit(id))
+        m_productId = id;
+}
+
+void MidiDevice::setSysexID(std::uint8_t id)
+{
+    if (isSevenBit(id) || id == midi::NoId)
+        m_sysexId = id;
+}
+
+void MidiDevice::setDisplayName(const char *name)
+{
+    const std::string_view text(name);
+    copyText(m_displayName, text, NameSize - 1);
+    const std::string suffix =
+        m_sysexId == midi::NoId ? std::string(": - ") : ':' + std::to_string(m_sysexId);
+    copyText(m_menuName, std::string(text.substr(0, MenuNameLength)) + suffix, NameSize - 1);
+}
+
+QString MidiDevice::versionString() const
+{
+    return QStringLiteral("%1.%2.%3")
+        .arg(m_version.major)
+        .arg(m_version.minor)
+        .arg(m_version.point);
+}
+
+bool MidiDevice::versionIsBootloader() const
+{
+    return m_version == midi::BootloaderVersion;
+}
+
+bool MidiDevice::updateVersion()
+{
+    if (!m_link)
+        return false;
+    m_link->scanPorts(nullptr, nullptr);
+    for (int port = 0; port < m_link->portCount(); ++port) {
+        const auto index = static_cast<unsigned>(port);
+        if (!m_link->selectPort(index))
+            continue;
+        m_link->setCallbackMode(false);
+        m_link->flushInput();
+        const bool found = m_link->sendIDReq() && answersOnSelectedPort();
+        m_link->setCallbackMode(true);
+        if (found) {
+            m_deviceIndex = index;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool MidiDevice::answersOnSelectedPort()
+{
+    std::vector<std::uint8_t> message;
+    for (int poll = 0; poll < VersionPolls; ++poll) {
+        if (m_link->receiveMessage(message) && midi::isIdentityReply(message)) {
+            const midi::Identity identity = midi::readIdentity(message);
+            if (identity.productId == m_productId && identity.sysexId == m_sysexId) {
+                m_version = identity.version;
+                return true;
+            }
+        }
+        QThread::msleep(PollIntervalMs);
+    }
+    return false;
+}

@@ -1,0 +1,90 @@
+#include "settings/SettingsTransfer.h"
+
+#include "midi/QtRtMIDI.h"
+#include "settings/SettingsT.h"
+
+#include <QQmlContext>
+#include <QQmlEngine>
+
+namespace
+{
+
+QPointer<SettingsTransfer> &theInstance()
+{
+    static QPointer<SettingsTransfer> instance;
+    return instance;
+}
+
+int blockType(midi::BlockType type)
+{
+    return midi::toByte(type);
+}
+
+} // namespace
+
+SettingsTransfer::SettingsTransfer(QObject *parent)
+    : QObject(parent)
+{}
+
+void SettingsTransfer::registerSingleton(QQmlEngine *engine)
+{
+    if (!theInstance())
+        theInstance() = new SettingsTransfer(engine);
+    engine->rootContext()->setContextProperty(ContextName, theInstance());
+}
+
+SettingsTransfer *SettingsTransfer::instance()
+{
+    return theInstance();
+}
+
+QtRtMIDI *SettingsTransfer::midiObj() const
+{
+    return m_link;
+}
+
+void SettingsTransfer::setMidiObj(QtRtMIDI *link)
+{
+    if (m_link == link)
+        return;
+    m_link = link;
+    emit midiObjChanged();
+    if (m_link)
+        m_link->setSettingsTransferObj(this);
+}
+
+const SettingsT *SettingsTransfer::receiveGlobals()
+{
+    // The record is nothing but bytes, so the link's buffer can be read as one.
+    static_assert(alignof(SettingsT) == 1);
+    return m_link ? reinterpret_cast<const SettingsT *>(m_link->getGlobals()) : nullptr;
+}
+
+bool SettingsTransfer::sendGlobals(const SettingsT *globals)
+{
+    if (!m_link || !globals)
+        return false;
+    return m_link->sendSettingsBlock(blockType(midi::BlockType::Globals),
+                                     reinterpret_cast<const uint8_t *>(globals), sizeof(SettingsT),
+                                     false);
+}
+
+QVariant SettingsTransfer::receiveScript()
+{
+    return m_link ? m_link->getScript() : QVariant();
+}
+
+bool SettingsTransfer::sendScript(const QString &scriptStr)
+{
+    if (!m_link)
+        return false;
+    const QByteArray text = scriptStr.toLatin1();
+    return m_link->sendSettingsBlock(blockType(midi::BlockType::Script),
+                                     reinterpret_cast<const uint8_t *>(text.constData()),
+                                     static_cast<uint32_t>(text.size()), false);
+}
+
+bool SettingsTransfer::sendSettings()
+{
+    return false;
+}
