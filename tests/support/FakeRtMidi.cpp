@@ -1,0 +1,207 @@
+#include "support/FakeRtMidi.h"
+
+#include <RtMidi.h>
+
+#include <utility>
+
+namespace
+{
+
+class FakeInput;
+class FakeOutput;
+
+FakeInput *liveInput = nullptr;
+FakeOutput *liveOutput = nullptr;
+
+[[noreturn]] void fail()
+{
+    throw RtMidiError(FakeRtMidi::ErrorText, RtMidiError::DRIVER_ERROR);
+}
+
+RtMidi::Api apiOf(midi::NameStyle style)
+{
+    switch (style) {
+    case midi::NameStyle::Alsa:
+        return RtMidi::LINUX_ALSA;
+    case midi::NameStyle::Jack:
+        return RtMidi::UNIX_JACK;
+    case midi::NameStyle::WinMM:
+        return RtMidi::WINDOWS_MM;
+    case midi::NameStyle::Undecorated:
+        break;
+    }
+    return RtMidi::RTMIDI_DUMMY;
+}
+
+/// What inputs and outputs have in common, over the library's base class for each of them.
+template <typename Base>
+class FakeApi : public Base
+{
+public:
+    template <typename... Arguments>
+    explicit FakeApi(const std::vector<std::string> &ports, const bool &openFails,
+                     Arguments... arguments)
+        : Base(arguments...)
+        , m_ports(ports)
+        , m_openFails(openFails)
+    {}
+
+    RtMidi::Api getCurrentApi() override { return apiOf(FakeRtMidi::world().style); }
+    void openPort(unsigned number, const std::string & /*ownName*/) override
+    {
+        if (m_openFails || number >= m_ports.size())
+            fail();
+        m_openName = m_ports[number];
+        this->connected_ = true;
+    }
+    void closePort() override
+    {
+        m_openName.reset();
+        this->connected_ = false;
+    }
+    unsigned getPortCount() override
+    {
+        if (FakeRtMidi::world().countFails)
+            fail();
+        return static_cast<unsigned>(m_ports.size());
+    }
+    std::string getPortName(unsigned number) override
+    {
+        return number < m_ports.size() ? m_ports[number] : std::string();
+    }
+    void openVirtualPort(const std::string & /*name*/) override { fail(); }
+    void setClientName(const std::string & /*name*/) override {}
+    void setPortName(const std::string & /*name*/) override {}
+
+    [[nodiscard]] const std::optional<std::string> &openName() const { return m_openName; }
+
+protected:
+    void initialize(const std::string & /*clientName*/) override {}
+
+private:
+    const std::vector<std::string> &m_ports;
+    const bool &m_openFails;
+    std::optional<std::string> m_openName;
+};
+
+class FakeInput final : public FakeApi<MidiInApi>
+{
+public:
+    explicit FakeInput(unsigned queueLimit)
+        : FakeApi(FakeRtMidi::world().inputs, FakeRtMidi::world().inputOpenFails, queueLimit)
+    {
+        liveInput = this;
+    }
+    ~FakeInput() override
+    {
+        if (liveInput == this)
+            liveInput = nullptr;
+    }
+
+    void deliver(const FakeRtMidi::Message &bytes)
+    {
+        MidiMessage message;
+        message.bytes = bytes;
+        if (inputData_.usingCallback)
+            inputData_.userCallback(0.0, &message.bytes, inputData_.userData);
+        else
+            inputData_.queue.push(message);
+    }
+};
+
+class FakeOutput final : public FakeApi<MidiOutApi>
+{
+public:
+    FakeOutput()
+        : FakeApi(FakeRtMidi::world().outputs, FakeRtMidi::world().outputOpenFails)
+    {
+        liveOutput = this;
+    }
+    ~FakeOutput() override
+    {
+        if (liveOutput == this)
+            liveOutput = nullptr;
+    }
+
+    void sendMessage(const unsigned char *bytes, std::size_t size) override
+    {
+        FakeRtMidi &world = FakeRtMidi::world();
+        if (world.sendFails)
+            fail();
+        const FakeRtMidi::Sent sent{openName().value_or(""), {bytes, bytes + size}};
+        world.sent.push_back(sent);
+        if (world.onSend)
+            world.onSend(sent);
+    }
+};
+
+void checkService(RtMidi::Api requested)
+{
+    const auto service = FakeRtMidi::world().service;
+    const bool unnamed = requested == RtMidi::UNSPECIFIED;
+    if (service == FakeRtMidi::Service::FailsAlways ||
+        (service == FakeRtMidi::Service::FailsUnlessNamed && unnamed))
+        fail();
+}
+
+} // namespace
+
+// The library's own constructors look for a MIDI service; a program's definitions come before those
+// of a shared library. Everything else of these classes is inline and asks rtapi_.
+
+RtMidiIn::RtMidiIn(RtMidi::Api api, const std::string & /*clientName*/, unsigned queueLimit)
+{
+    checkService(api);
+    rtapi_ = new FakeInput(queueLimit); // the base class deletes it
+}
+
+RtMidiIn::~RtMidiIn() noexcept = default;
+
+RtMidiOut::RtMidiOut(RtMidi::Api api, const std::string & /*clientName*/)
+{
+    checkService(api);
+    if (FakeRtMidi::world().service == FakeRtMidi::Service::OutputFails)
+        fail();
+    rtapi_ = new FakeOutput; // the base class deletes it
+}
+
+RtMidiOut::~RtMidiOut() noexcept = default;
+
+FakeRtMidi &FakeRtMidi::world()
+{
+    static FakeRtMidi instance;
+    return instance;
+}
+
+void FakeRtMidi::reset()
+{
+    if (liveInput)
+        liveInput->closePort();
+    if (liveOutput)
+        liveOutput->closePort();
+    *this = FakeRtMidi();
+}
+
+void FakeRtMidi::receive(const Message &message)
+{
+    if (liveInput && liveInput->openName())
+        liveInput->deliver(message);
+}
+
+std::vector<FakeRtMidi::Message> FakeRtMidi::takeSent()
+{
+    std::vector<Message> messages;
+    for (Sent &one : std::exchange(sent, {}))
+        messages.push_back(std::move(one.bytes));
+    return messages;
+}
+
+std::optional<std::string> FakeRtMidi::openInput() const
+{
+    return liveInput ? liveInput->openName() : std::nullopt;
+}
+
+std::optional<std::string> FakeRtMidi::openOutput() const
+{
+    return liveOutput ? liveOutput->openName() : std::nullopt;
+}
