@@ -18,8 +18,6 @@ namespace
 Q_LOGGING_CATEGORY(lcMidi, "ostrel.midi", QtInfoMsg)
 
 constexpr char ApiVariable[] = "OSTREL_MIDI_API";
-constexpr char InputClientName[] = "KQEditor In";
-constexpr char OutputClientName[] = "KQEditor Out";
 constexpr unsigned QueueLimit = 100; ///< messages kept while polling
 
 NameStyle nameStyle(RtMidi::Api api)
@@ -46,14 +44,14 @@ void enlargeBuffers([[maybe_unused]] RtMidiIn &input)
 #endif
 }
 
-bool create(RtMidi::Api api, MidiClients &clients)
+bool create(RtMidi::Api api, const ClientNames &names, MidiClients &clients)
 {
     try {
-        auto input = std::make_unique<RtMidiIn>(api, InputClientName, QueueLimit);
+        auto input = std::make_unique<RtMidiIn>(api, names.input, QueueLimit);
         input->ignoreTypes(false, true, true);
         enlargeBuffers(*input);
         const RtMidi::Api used = input->getCurrentApi();
-        clients.output = std::make_unique<RtMidiOut>(used, OutputClientName);
+        clients.output = std::make_unique<RtMidiOut>(used, names.output);
         clients.input = std::move(input);
         clients.nameStyle = nameStyle(used);
         qCDebug(lcMidi) << "MIDI back end:" << RtMidi::getApiDisplayName(used).c_str();
@@ -82,17 +80,17 @@ MidiClients::MidiClients(MidiClients &&) noexcept = default;
 MidiClients &MidiClients::operator=(MidiClients &&) noexcept = default;
 MidiClients::~MidiClients() = default;
 
-MidiClients createMidiClients()
+MidiClients createMidiClients(const ClientNames &names)
 {
     MidiClients clients;
     const RtMidi::Api requested = requestedApi();
-    if (create(requested, clients) || requested != RtMidi::UNSPECIFIED)
+    if (create(requested, names, clients) || requested != RtMidi::UNSPECIFIED)
         return clients;
 
     std::vector<RtMidi::Api> compiled;
     RtMidi::getCompiledApi(compiled);
     for (const RtMidi::Api api : compiled) {
-        if (create(api, clients))
+        if (create(api, names, clients))
             return clients;
     }
     qCInfo(lcMidi) << "no MIDI service:" << clients.error.c_str();

@@ -11,6 +11,13 @@ class RtMidiOut;
 namespace midi
 {
 
+/// Under which names the clients appear with a MIDI service that knows clients.
+struct ClientNames
+{
+    std::string input = "KQEditor In";
+    std::string output = "KQEditor Out";
+};
+
 /// The MIDI library's input and output client. Both or neither exist.
 struct MidiClients
 {
@@ -28,6 +35,6 @@ struct MidiClients
 /// Creates the clients with the library's own choice of back end; where that fails, with the first
 /// compiled one that works. Without any, the clients are null and `error` says why. The environment
 /// variable OSTREL_MIDI_API names a back end to use instead. Does not throw.
-[[nodiscard]] MidiClients createMidiClients();
+[[nodiscard]] MidiClients createMidiClients(const ClientNames &names = {});
 
 } // namespace midi
