@@ -1,0 +1,217 @@
+#include "simulator/BoxRunner.h"
+
+#include "simulator/MessageText.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QTimer>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <iostream>
+
+namespace simulator
+{
+namespace
+{
+
+void say(const std::string &line)
+{
+    std::cout << line << std::endl;
+}
+
+void complain(const QString &text)
+{
+    std::cerr << "ostrel-box: " << text.toStdString() << std::endl;
+}
+
+BoxProfile numbered(BoxProfile profile, int index)
+{
+    if (index > 0) {
+        profile.name += ' ' + std::to_string(index + 1);
+        profile.sysexId = static_cast<std::uint8_t>(profile.sysexId + index);
+    }
+    return profile;
+}
+
+} // namespace
+
+BoxRunner::BoxRunner(const BoxOptions &options, QObject *parent)
+    : QObject(parent)
+{
+    for (int i = 0; i < options.boxes; ++i) {
+        m_boxes.push_back(std::make_unique<SimulatedBox>(numbered(options.profile, i)));
+        m_boxes.back()->setFaults(options.faults);
+    }
+    connect(&m_ports, &BoxPorts::received, this, &BoxRunner::receive);
+    connect(&m_ports, &BoxPorts::failed, this, &complain);
+}
+
+bool BoxRunner::start()
+{
+    if (!openPorts())
+        return false;
+    reportState({});
+    say("ready");
+    return true;
+}
+
+void BoxRunner::command(const QString &line)
+{
+    struct Entry
+    {
+        const char *name;
+        Command function;
+    };
+    static constexpr std::array Commands{
+        Entry{"print", &BoxRunner::print},      Entry{"lines", &BoxRunner::printLines},
+        Entry{"raw", &BoxRunner::sendRaw},      Entry{"program", &BoxRunner::sendProgramChange},
+        Entry{"faults", &BoxRunner::setFaults}, Entry{"state", &BoxRunner::reportState},
+        Entry{"unplug", &BoxRunner::unplug},    Entry{"plug", &BoxRunner::plug},
+    };
+    const QString name = line.section(' ', 0, 0).trimmed();
+    if (name.isEmpty())
+        return;
+    if (name == "quit") {
+        QCoreApplication::quit();
+        return;
+    }
+    const auto *entry = std::ranges::find(Commands, name, &Entry::name);
+    if (entry == Commands.end())
+        complain("unknown command '" + name + "'");
+    else
+        (this->*entry->function)(line.section(' ', 1));
+}
+
+void BoxRunner::receive(std::size_t pair, const midi::ByteMessage &message)
+{
+    say("received " + describe(message));
+    m_lastPair = pair;
+    for (const auto &box : m_boxes) {
+        const Reaction reaction = box->receive(message);
+        for (const std::string &event : reaction.events)
+            say(event);
+        if (reaction.delay.count() == 0)
+            perform(*box, pair, reaction);
+        else
+            QTimer::singleShot(reaction.delay, this, [this, &target = *box, pair, reaction] {
+                perform(target, pair, reaction);
+            });
+    }
+}
+
+void BoxRunner::perform(SimulatedBox &box, std::size_t pair, const Reaction &reaction)
+{
+    for (const midi::ByteMessage &reply : reaction.replies)
+        send(pair, reply);
+    if (reaction.absence)
+        leave(box, *reaction.absence);
+}
+
+void BoxRunner::leave(SimulatedBox &box, const Absence &absence)
+{
+    if (absence.offBus)
+        m_offBus.push_back(&box);
+    if (m_offBus.size() == m_boxes.size()) {
+        m_ports.close();
+        say("unplugged");
+    }
+    if (absence.duration)
+        QTimer::singleShot(*absence.duration, this, [this, &box] { comeBack(box); });
+}
+
+void BoxRunner::comeBack(SimulatedBox &box)
+{
+    std::erase(m_offBus, &box);
+    for (const std::string &event : box.comeBack().events)
+        say(event);
+    if (!m_unplugged && !m_ports.isOpen())
+        openPorts();
+}
+
+bool BoxRunner::openPorts()
+{
+    if (!m_ports.open()) {
+        complain("cannot register the ports: " + m_ports.errorText());
+        return false;
+    }
+    for (const BoxPorts::PairNames &pair : BoxPorts::Pairs) {
+        say("port " + quoted(pair.toComputer));
+        say("port " + quoted(pair.toBox));
+    }
+    return true;
+}
+
+void BoxRunner::send(std::size_t pair, const midi::ByteMessage &message)
+{
+    m_ports.send(pair, message);
+    say("sent " + describe(message));
+}
+
+void BoxRunner::print(const QString &text)
+{
+    send(m_lastPair, m_boxes.front()->text(text.toStdString() + '\n'));
+}
+
+void BoxRunner::printLines(const QString &count)
+{
+    const std::string total = std::to_string(count.toInt());
+    for (int i = 1; i <= count.toInt(); ++i)
+        m_ports.send(m_lastPair,
+                     m_boxes.front()->text("Line " + std::to_string(i) + " of " + total + '\n'));
+    say("sent lines " + total);
+}
+
+void BoxRunner::sendRaw(const QString &hex)
+{
+    const QByteArray bytes = QByteArray::fromHex(hex.toLatin1());
+    send(m_lastPair, {bytes.begin(), bytes.end()});
+}
+
+void BoxRunner::sendProgramChange(const QString &numbers)
+{
+    send(m_lastPair,
+         midi::programChange(static_cast<std::uint8_t>(numbers.section(' ', 0, 0).toUInt()),
+                             static_cast<std::uint8_t>(numbers.section(' ', 1, 1).toUInt())));
+}
+
+void BoxRunner::setFaults(const QString &options)
+{
+    const auto result = parseFaults(QProcess::splitCommand(options));
+    if (const auto *error = std::get_if<UsageError>(&result)) {
+        complain(error->text);
+        return;
+    }
+    for (const auto &box : m_boxes)
+        box->setFaults(std::get<BoxFaults>(result));
+    say("faults " + options.toStdString());
+}
+
+void BoxRunner::reportState(const QString & /*argument*/)
+{
+    for (const auto &box : m_boxes) {
+        for (const std::string &line : box->state())
+            say(line);
+    }
+}
+
+void BoxRunner::unplug(const QString & /*argument*/)
+{
+    m_unplugged = true;
+    m_ports.close();
+    say("unplugged");
+}
+
+void BoxRunner::plug(const QString & /*argument*/)
+{
+    m_unplugged = false;
+    for (const auto &box : m_boxes) {
+        if (box->isAbsent())
+            comeBack(*box);
+    }
+    if (m_ports.isOpen() || openPorts())
+        say("plugged");
+}
+
+} // namespace simulator
