@@ -8,8 +8,11 @@ Item {
     required property string versionString
     property string platformName: Qt.platform.os
 
+    /// What the section on the keyboard lists; without it, that section is left out.
+    property WindowActions actions: null
+
     readonly property string helpText: about + availableScripts + currentScript + otherOptions
-        + keyboard.helpText + messageLog + writingScripts + connecting
+        + (actions ? keyboard.helpText : "") + messageLog + writingScripts + connecting
         + (platformName === "ios" ? cables : "")
 
     readonly property string about: markup.heading(1, "Ostrel Editor")
@@ -91,5 +94,7 @@ Item {
 
     KeyboardHelpText {
         id: keyboard
+
+        actions: root.actions
     }
 }
