@@ -3,9 +3,12 @@
 #
 # COMMAND:PACKAGE stands for a package that is wanted only for that command, from wherever it is.
 
+# RtMidi's package takes either of two JACKs; the one named here goes with jackd2, the other does
+# not.
 BUILD_PACKAGES=(
     c++:build-essential cmake:cmake ninja:ninja-build pkg-config:pkg-config
-    qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools libgl-dev librtmidi-dev
+    qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools libgl-dev
+    librtmidi-dev libjack-jackd2-dev
 )
 
 # What the window loads when it starts. The plugin for SVG images has a name of its own per
@@ -95,9 +98,10 @@ update_package_lists()
     quietly apt-update apt_get update
 }
 
+# Takes nothing away: a conflict is for the machine's owner to decide.
 install_packages()
 {
-    apt_get install --yes --no-install-recommends "$@"
+    apt_get install --yes --no-install-recommends --no-remove "$@"
 }
 
 # require_packages ENTRY...: installs what is missing; `svg-plugin` is an entry, too.
