@@ -126,7 +126,7 @@ private:
     QPointer<QtRtMIDI> m_midi;
     QPointer<MidiDevice> m_device;
     firmware::FirmwareImage m_image;
-    QTimer m_timer; ///< repeats; the states that have no use for a tick ignore it
+    QTimer m_timer{this}; ///< repeats; the states that have no use for a tick ignore it
     State m_state = State::Idle;
     quint32 m_bootloaderTicks = 0;
     quint32 m_position = 0; ///< payload offset of the block in flight
