@@ -9,9 +9,8 @@ build_preset()
     local targets=()
     (($# == 0)) || targets=(--target "$@")
     say "Building ${*:-everything} in $folder"
-    if [[ ! -f $folder/build.ninja || CMakePresets.json -nt $folder/CMakeCache.txt ]]; then
-        quietly "configure-$preset" cmake --preset "$preset"
-    fi
+    # Each time, since packages may have come that were missed before.
+    quietly "configure-$preset" cmake --preset "$preset"
     quietly "build-$preset" cmake --build "$folder" "${targets[@]}"
 }
 

@@ -6,6 +6,9 @@ DEMO_PICTURE=build/demo.png
 BOX_LOG=$LOG_DIR/demo-box.log
 EDITOR_LOG=$LOG_DIR/demo-editor.log
 
+# What the box holds at first.
+DEMO_SCRIPT=library/scripts/transpose.py
+
 # What is typed into the script, and what the box prints in answer.
 GREETING='Hello from the demo'
 
@@ -42,7 +45,7 @@ start_demo_box()
 {
     say 'Starting the simulated box'
     mkdir -p "$LOG_DIR"
-    build/release/ostrel-box >"$BOX_LOG" 2>&1 </dev/null &
+    build/release/ostrel-box --script "$DEMO_SCRIPT" >"$BOX_LOG" 2>&1 </dev/null &
     BOX_PID=$!
     STARTED_PIDS+=("$BOX_PID")
     await_box 20 '^ready' 'the simulated box did not start'

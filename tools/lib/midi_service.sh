@@ -30,5 +30,5 @@ start_private_midi_service()
         cat "$LOG_DIR/jackd.log" >&2
         fail 'the JACK server did not start'
     fi
-    export JACK_DEFAULT_SERVER=$name OSTREL_MIDI_API=jack
+    export JACK_DEFAULT_SERVER=$name JACK_NO_START_SERVER=1 OSTREL_MIDI_API=jack
 }
