@@ -5,6 +5,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QTextStream>
 
 namespace
@@ -106,15 +107,14 @@ int pack(const Options &options)
         return complain(QStringLiteral("product and done parameters are numbers from 0 to 127"),
                         Fails);
 
+    if (QFileInfo(options.positional[1]).size() > zvf::MaxDataLength) // before it is all read
+        return complain(QStringLiteral("the firmware is longer than 28 bits can say"), Fails);
     QString error;
     auto raw = zvf::readFile(options.positional[1], error);
     if (!raw)
         return complain(options.positional[1] + QStringLiteral(": ") + error, Fails);
     if (options.pad)
         padToExactLength(*raw);
-    if (raw->size() > zvf::MaxDataLength)
-        return complain(QStringLiteral("the firmware is longer than 28 bits can say"), Fails);
-
     const zvf::Image image =
         zvf::makeImage({.productID = *product, .doneParam1 = *done1, .doneParam2 = *done2}, *raw);
     if (const auto reason = zvf::refusal(image.header))
