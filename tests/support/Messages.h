@@ -1,0 +1,42 @@
+#pragma once
+
+#include "midi/DataBlockFrame.h"
+
+#include <QByteArray>
+
+#include <cstdlib>
+
+/// Messages as tests write and read them.
+namespace testsupport
+{
+
+/// "F0 00 01 5B", as a failed comparison should show a message.
+inline QByteArray hex(midi::ByteView message)
+{
+    return QByteArray::fromStdString(midi::toHex(message));
+}
+
+inline midi::ByteMessage fromHex(const QByteArray &text)
+{
+    const QByteArray bytes = QByteArray::fromHex(text);
+    return {bytes.begin(), bytes.end()};
+}
+
+inline midi::ByteMessage toBytes(QByteArrayView text)
+{
+    return {text.begin(), text.end()};
+}
+
+/// The frame that a box answers a read with.
+inline midi::ByteMessage dataBlock(std::uint8_t sysexId, midi::BlockType type,
+                                   midi::ByteView payload)
+{
+    std::array<std::uint8_t, midi::MaxFrameLength> buffer{};
+    const auto length = midi::buildDataBlock(buffer, midi::Command::DataBlock, sysexId,
+                                             midi::toByte(type), payload);
+    if (!length)
+        std::abort(); // a mistake in the test
+    return {buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(*length)};
+}
+
+} // namespace testsupport

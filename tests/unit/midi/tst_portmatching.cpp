@@ -1,0 +1,123 @@
+#include "midi/PortMatching.h"
+
+#include <QTest>
+
+using midi::NameStyle;
+using midi::PortPair;
+using Names = std::vector<std::string>;
+
+namespace
+{
+
+constexpr char WindowsInput[] = "MIDIIN4 (Ostrel)";
+
+QByteArray text(const std::vector<PortPair> &pairs)
+{
+    QByteArrayList list;
+    for (const PortPair &pair : pairs)
+        list << QByteArray::number(pair.input) + '-' + QByteArray::number(pair.output);
+    return list.join(' ');
+}
+
+} // namespace
+
+/// The rules for each back end, with names as the MIDI library reports them there.
+class TestPortMatching : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void findsTheNamedPort_data()
+    {
+        QTest::addColumn<NameStyle>("style");
+        QTest::addColumn<Names>("names");
+        QTest::addColumn<std::string>("wanted");
+        QTest::addColumn<int>("found");
+        const auto row = [](const char *name, NameStyle style, const Names &names, int found,
+                            const char *wanted = WindowsInput) {
+            QTest::newRow(name) << style << names << std::string(wanted) << found;
+        };
+        using enum NameStyle;
+        row("no ports", WinMM, {}, -1);
+        row("WinMM: own number", WinMM, {"Keys 0", "MIDIIN4 (Ostrel) 1"}, 1);
+        row("WinMM: another number", WinMM, {"Keys 0", "MIDIIN4 (Ostrel) 7"}, -1);
+        row("WinMM: longer name", WinMM, {"MIDIIN4 (Ostrel) X 0", "MIDIIN4 (Ostrel)2"}, -1);
+        row("WinMM: exact before plain", WinMM, {"MIDIIN4 (Ostrel) 0", WindowsInput}, 1);
+        row("exact: the first of two", Undecorated, {"Keys", WindowsInput, WindowsInput}, 1);
+        row("exact: case counts", Undecorated, {"MIDIIN4 (ostrel)"}, -1);
+        row("undecorated: nothing taken off", Undecorated,
+            {"MIDIIN4 (Ostrel) 0", "Box:MIDIIN4 (Ostrel)"}, -1);
+        row("JACK: client in front", Jack, {"a:b", "Box:MIDIIN4 (Ostrel)"}, 1);
+        row("JACK: number behind stays", Jack, {"Box:MIDIIN4 (Ostrel) 0"}, -1);
+        row("JACK: no alias", Jack, {"Ostrel:Ostrel MIDI 4 20:3"}, -1);
+        row("ALSA: client and numbers", Alsa, {"Box:MIDIIN4 (Ostrel) 128:0"}, 0);
+        row("ALSA: numbers missing", Alsa, {"Box:MIDIIN4 (Ostrel)"}, 0);
+        row("ALSA: alias by port number", Alsa,
+            {"Ostrel:Ostrel MIDI 1 20:0", "Ostrel:Ostrel MIDI 4 20:3"}, 1);
+        row("ALSA: alias of an output", Alsa, {"Ostrel:Ostrel MIDI 6 20:5"}, 0,
+            "MIDIOUT6 (Ostrel)");
+        row("ALSA: alias, longer client", Alsa, {"Ostrel 2:Ostrel MIDI 4 20:3"}, -1);
+        row("ALSA: alias, shorter client", Alsa, {"Ost:Ostrel MIDI 4 20:3"}, -1);
+        row("ALSA: alias, port 0", Alsa, {"Ostrel:Ostrel MIDI 1 20:0"}, -1, "MIDIIN0 (Ostrel)");
+        row("ALSA: alias without number", Alsa, {"Ostrel:Ostrel MIDI 1 20:0"}, -1,
+            "MIDIIN (Ostrel)");
+        row("ALSA: alias out of range", Alsa, {"Ostrel:Ostrel MIDI 1 20:0"}, -1,
+            "MIDIIN4294967297 (Ostrel)");
+        row("ALSA: broken wanted names", Alsa, {"Ostrel:X 20:3"}, -1, "MIDIIN4 (Ostrel");
+        row("empty wanted name", Alsa, {"Ostrel:X 20:3"}, -1, "");
+    }
+
+    void findsTheNamedPort()
+    {
+        QFETCH(NameStyle, style);
+        QFETCH(Names, names);
+        QFETCH(std::string, wanted);
+        QFETCH(int, found);
+        const auto port = midi::findPort(style, names, wanted);
+        QCOMPARE(port ? static_cast<int>(*port) : -1, found);
+    }
+
+    void pairsPorts_data()
+    {
+        QTest::addColumn<NameStyle>("style");
+        QTest::addColumn<Names>("inputs");
+        QTest::addColumn<Names>("outputs");
+        QTest::addColumn<QByteArray>("pairs");
+        const auto row = [](const char *name, NameStyle style, const Names &inputs,
+                            const Names &outputs, const char *pairs) {
+            QTest::newRow(name) << style << inputs << outputs << QByteArray(pairs);
+        };
+        using enum NameStyle;
+        row("nothing", Alsa, {}, {}, "");
+        row("no outputs", Alsa, {"A:a 1:0"}, {}, "");
+        row("other order", Undecorated, {"A", "B"}, {"B", "A"}, "0-1 1-0");
+        row("identical interfaces", Undecorated, {"A", "A", "A"}, {"A", "B", "A"}, "0-0 1-2");
+        row("plain names stay apart", Undecorated, {"A 0"}, {"A 1"}, "");
+        row("WinMM: numbers differ", WinMM, {"Keys 0", "Box 1"}, {"Synth 0", "Keys 1", "Box 2"},
+            "0-1 1-2");
+        row("WinMM: identical interfaces", WinMM, {"A 0", "A 1"}, {"Synth 0", "A 1", "A 2"},
+            "0-2 1-1"); // A 1 is exact, so A 0 gets what is left
+        row("JACK: two clients' ports", Jack, {"Box:Ostrel"}, {"Other:X", "Box in:Ostrel"}, "0-1");
+        row("JACK: exact before plain", Jack, {"A:p", "B:p"}, {"B:p", "C:p"}, "0-1 1-0");
+        row("ALSA: exact", Alsa, {"A:a 20:0", "A:b 20:1"}, {"A:b 20:1", "A:a 20:0"}, "0-1 1-0");
+        row("ALSA: plain", Alsa, {"A:Ostrel 128:0"}, {"A:Ostrel 128:1"}, "0-0");
+        row("own ports, JACK", Jack, {"KQEditor Out:KQEditor MIDI"}, {"KQEditor In:KQEditor MIDI"},
+            "");
+        row("own ports, ALSA", Alsa, {"X:a 20:0", "E:KQEditor MIDI 129:0"},
+            {"E:KQEditor MIDI 129:0", "X:a 20:0"}, "0-1");
+        row("own ports, WinMM", WinMM, {"KQEditor MIDI 0"}, {"KQEditor MIDI 0"}, "");
+        row("own ports, undecorated", Undecorated, {"KQEditor MIDI"}, {"KQEditor MIDI"}, "");
+    }
+
+    void pairsPorts()
+    {
+        QFETCH(NameStyle, style);
+        QFETCH(Names, inputs);
+        QFETCH(Names, outputs);
+        QFETCH(QByteArray, pairs);
+        QCOMPARE(text(midi::pairPorts(style, inputs, outputs)), pairs);
+    }
+};
+
+QTEST_APPLESS_MAIN(TestPortMatching)
+#include "tst_portmatching.moc"

@@ -1,0 +1,433 @@
+#include "midi/QtRtMIDI.h"
+#include "support/FakeRtMidi.h"
+#include "support/Messages.h"
+
+#include <QElapsedTimer>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <memory>
+
+using midi::BlockType;
+using midi::ByteMessage;
+using testsupport::dataBlock;
+using testsupport::fromHex;
+using testsupport::hex;
+using testsupport::toBytes;
+using Messages = std::vector<ByteMessage>;
+using Names = std::vector<std::string>;
+
+namespace
+{
+
+constexpr char ApiVariable[] = "OSTREL_MIDI_API";
+constexpr std::uint8_t Id = 5;
+constexpr char Acknowledgement[] = "F0 00 01 5B 05 32 00 00 00 00 F7";
+
+FakeRtMidi &world()
+{
+    return FakeRtMidi::world();
+}
+
+ByteMessage script(const char *text)
+{
+    return dataBlock(Id, BlockType::Script, toBytes(text));
+}
+
+ByteMessage changed(ByteMessage message, std::size_t offset, std::uint8_t byte)
+{
+    message.at(offset) = byte;
+    return message;
+}
+
+} // namespace
+
+/// The connection on scripted ports: what no MIDI server can produce, and each answer to a read.
+class TestQtRtMIDI : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        qunsetenv(ApiVariable);
+        world().reset();
+        world().inputs = {"A", "B"};
+        world().outputs = {"A", "B"};
+    }
+
+    void cleanup() { m_midi.reset(); }
+
+    void choosesTheBackEnd_data()
+    {
+        using Service = FakeRtMidi::Service;
+        QTest::addColumn<Service>("service");
+        QTest::addColumn<QByteArray>("api");
+        QTest::addColumn<QString>("said");
+        QTest::addColumn<int>("pairs");
+        QTest::addColumn<QByteArray>("error");
+        const QByteArray text = FakeRtMidi::ErrorText;
+        const QByteArray none;
+        QTest::newRow("first choice works") << Service::Works << none << "" << 2 << none;
+        QTest::newRow("a named one works") << Service::FailsUnlessNamed << none << "" << 2 << text;
+        QTest::newRow("none works")
+            << Service::FailsAlways << none << "no MIDI service" << 0 << text;
+        QTest::newRow("no output works")
+            << Service::OutputFails << none << "no MIDI service" << 0 << text;
+        QTest::newRow("named by the environment")
+            << Service::FailsUnlessNamed << QByteArray("jack") << "" << 2 << none;
+        QTest::newRow("named, does not work")
+            << Service::FailsAlways << QByteArray("jack") << "" << 0 << text;
+        QTest::newRow("unknown name")
+            << Service::Works << QByteArray("abacus") << "OSTREL_MIDI_API.*abacus" << 2 << none;
+    }
+
+    void choosesTheBackEnd()
+    {
+        QFETCH(FakeRtMidi::Service, service);
+        QFETCH(QByteArray, api);
+        QFETCH(QString, said);
+        QFETCH(int, pairs);
+        QFETCH(QByteArray, error);
+        world().service = service;
+        if (!api.isEmpty())
+            qputenv(ApiVariable, api);
+        if (!said.isEmpty())
+            QTest::ignoreMessage(QtInfoMsg, QRegularExpression(said));
+
+        m_midi = std::make_unique<QtRtMIDI>();
+        QCOMPARE(m_midi->getErrorMessage(), error.constData());
+        const QSignalSpy listChanged(m_midi.get(), &QtRtMIDI::portListChanged);
+        m_midi->scanPorts(nullptr, nullptr);
+        QCOMPARE(listChanged.size(), 1);
+        QCOMPARE(m_midi->portCount(), pairs);
+        QCOMPARE(m_midi->selectPort(0), pairs > 0);
+        QCOMPARE(m_midi->portsReady(), pairs > 0);
+        QCOMPARE(m_midi->sendIDReq(), pairs > 0);
+        // Every operation must do without ports.
+        ByteMessage message;
+        QVERIFY(!m_midi->receiveMessage(message));
+        m_midi->flushInput();
+        m_midi->setCallbackMode(true);
+        QVERIFY(!m_midi->getGlobals());
+        QVERIFY(!m_midi->getScript().isValid());
+        m_midi->closePort();
+        QCOMPARE(m_midi->portName(7), "");
+    }
+
+    void scansByName()
+    {
+        m_midi = std::make_unique<QtRtMIDI>();
+        QSignalSpy listChanged(m_midi.get(), &QtRtMIDI::portListChanged);
+        m_midi->scanPorts("B", "A");
+        QCOMPARE(m_midi->portCount(), 1);
+        QCOMPARE(m_midi->portName(0), "B");
+        QVERIFY(m_midi->selectPort(0));
+        QCOMPARE(*world().openInput(), "B");
+        QCOMPARE(*world().openOutput(), "A");
+        m_midi->scanPorts("B", "C");
+        QCOMPARE(m_midi->portCount(), 0);
+        QVERIFY(!m_midi->selectPort(0));
+        m_midi->scanPorts("B", nullptr);
+        QCOMPARE(m_midi->portCount(), 2);
+        world().inputs = {"A"};
+        QCOMPARE(m_midi->portName(1), "");
+        world().countFails = true;
+        m_midi->scanPorts(nullptr, nullptr);
+        QCOMPARE(m_midi->portCount(), 0);
+        QCOMPARE(m_midi->getErrorMessage(), FakeRtMidi::ErrorText);
+        QCOMPARE(listChanged.size(), 4);
+    }
+
+    void opens_data()
+    {
+        QTest::addColumn<Names>("inputs");
+        QTest::addColumn<Names>("outputs");
+        QTest::addColumn<bool>("inputFails");
+        QTest::addColumn<bool>("outputFails");
+        QTest::addColumn<QByteArray>("error"); // empty: opens
+        const QByteArray text = FakeRtMidi::ErrorText;
+        const Names same{"A", "B"};
+        QTest::newRow("as scanned") << same << same << false << false << QByteArray();
+        QTest::newRow("ports moved")
+            << Names{"B"} << Names{"X", "A", "B"} << false << false << QByteArray();
+        QTest::newRow("input gone")
+            << Names{"A", "X"} << same << false << false << QByteArray("MIDI port is gone: B");
+        QTest::newRow("output gone")
+            << same << Names{} << false << false << QByteArray("MIDI port is gone: B");
+        QTest::newRow("input refuses") << same << same << true << false << text;
+        QTest::newRow("output refuses") << same << same << false << true << text;
+    }
+
+    void opens()
+    {
+        QFETCH(Names, inputs);
+        QFETCH(Names, outputs);
+        QFETCH(bool, inputFails);
+        QFETCH(bool, outputFails);
+        QFETCH(QByteArray, error);
+        connectTo(0);
+        world().inputs = inputs;
+        world().outputs = outputs;
+        world().inputOpenFails = inputFails;
+        world().outputOpenFails = outputFails;
+        QCOMPARE(m_midi->selectPort(1), error.isEmpty());
+        QCOMPARE(m_midi->portsReady(), error.isEmpty());
+        QCOMPARE(m_midi->getErrorMessage(), error.constData());
+        QCOMPARE(world().openInput().value_or("closed"), error.isEmpty() ? "B" : "closed");
+        QCOMPARE(world().openOutput().value_or("closed"), error.isEmpty() ? "B" : "closed");
+    }
+
+    void keepsThePairOpenForAnIndexBeyondTheList()
+    {
+        connectTo(1);
+        QVERIFY(!m_midi->selectPort(2));
+        QCOMPARE(*world().openInput(), "B");
+        m_midi->closePort();
+        QVERIFY(!m_midi->portsReady());
+    }
+
+    void pushesWhatItReceives_data()
+    {
+        QTest::addColumn<QByteArray>("message");
+        QTest::addColumn<bool>("asMessage");
+        QTest::addColumn<QString>("asText"); // null: no text
+        const auto row = [](const char *message, bool asMessage, const QString &asText = {}) {
+            QTest::newRow(message) << QByteArray(message) << asMessage << asText;
+        };
+        row("CF 05", true);
+        row("90 40 7F", false);
+        row("B0 07 40", false);
+        row("D0 05", false);
+        row("", false);
+        row("F0 00 01 5B", false);
+        row("F0 7E 00 06 01 F7", false);
+        row("F0 00 01 5B 7F F7", true);
+        row("F0 00 01 5B 05 1F F7", true);
+        row("F0 00 01 5B 05 1F 00 F7", false, "");
+        row("F0 00 01 5B 05 1F 00 48 69 F7", false, "Hi");
+        row("F0 00 01 5B 7F 1F 00 48 69", false, "Hi");
+        row("F0 00 01 5B 7F 1F 00 E4 F7 69 F7", false, QString(QChar(0xE4)));
+        row(Acknowledgement, true);
+    }
+
+    void pushesWhatItReceives()
+    {
+        QFETCH(QByteArray, message);
+        QFETCH(bool, asMessage);
+        QFETCH(QString, asText);
+        connectTo(0);
+        m_midi->setCallbackMode(true);
+        QSignalSpy messages(m_midi.get(), SIGNAL(midiMessageReceived(std::vector<uint8_t>)));
+        QSignalSpy texts(m_midi.get(), &QtRtMIDI::textMessageReceived);
+        world().receive(fromHex(message));
+        QCOMPARE(messages.size(), asMessage ? 1 : 0);
+        if (asMessage)
+            QCOMPARE(hex(messages[0][0].value<ByteMessage>()), message);
+        QCOMPARE(texts.size(), asText.isNull() ? 0 : 1);
+        if (!asText.isNull())
+            QCOMPARE(texts[0][0].toString(), asText);
+    }
+
+    void keepsMessagesForPolling()
+    {
+        connectTo(0);
+        const QSignalSpy messages(m_midi.get(), &QtRtMIDI::midiMessageReceived);
+        for (const char *bytes : {"C0 01", "C0 02", "C0 03"})
+            world().receive(fromHex(bytes));
+        ByteMessage message;
+        QVERIFY(m_midi->receiveMessage(message));
+        QCOMPARE(hex(message), QByteArray("C0 01"));
+        m_midi->flushInput();
+        QVERIFY(!m_midi->receiveMessage(message));
+        QVERIFY(message.empty());
+
+        // Twice is as good as once, in both directions.
+        for (const bool enabled : {true, true, false, false}) {
+            m_midi->setCallbackMode(enabled);
+            world().receive(fromHex("C0 04"));
+        }
+        QCOMPARE(messages.size(), 2);
+        QVERIFY(m_midi->receiveMessage(message));
+    }
+
+    void sends_data()
+    {
+        QTest::addColumn<std::function<bool(QtRtMIDI &)>>("request");
+        QTest::addColumn<QByteArray>("expected");
+        const auto row = [](const char *expected, std::function<bool(QtRtMIDI &)> request) {
+            QTest::newRow(expected) << std::move(request) << QByteArray(expected);
+        };
+        const auto write = [](int type, bool flag) {
+            return [=](QtRtMIDI &midi) { return midi.sendSettingsBlock(type, nullptr, 0, flag); };
+        };
+        row("F0 00 01 5B 03 F7", &QtRtMIDI::sendIDReq);
+        row("F0 00 01 5B 7E 21 00 F7", [](QtRtMIDI &midi) { return midi.sendNameReq(0x7E); });
+        row("F0 00 01 5B 05 33 00 00 00 F7", &QtRtMIDI::sendGlobalsReq);
+        row("F0 00 01 5B 05 33 04 00 00 F7", &QtRtMIDI::sendScriptReq);
+        row("CF 7F", [](QtRtMIDI &midi) { return midi.pgmChange(0xFF, 0xFF); });
+        row("C2 03", [](QtRtMIDI &midi) { return midi.pgmChange(2, 3); });
+        row("90 40 7F", [](QtRtMIDI &midi) {
+            const ByteMessage bytes = fromHex("90 40 7F");
+            return midi.sendSysex(bytes.data(), 3);
+        });
+        row("F0 00 01 5B 05 31 04 00 00 00 00 00 00 00 00 00 F7", write(4, false));
+        row("F0 00 01 5B 05 39 7F 00 00 00 00 00 00 00 00 00 F7", write(-1, true));
+    }
+
+    void sends()
+    {
+        QFETCH(std::function<bool(QtRtMIDI &)>, request);
+        QFETCH(QByteArray, expected);
+        connectTo(0);
+        QVERIFY(request(*m_midi));
+        QCOMPARE(world().sent.size(), 1U);
+        QCOMPARE(hex(world().sent[0].bytes), expected);
+
+        world().sendFails = true;
+        QVERIFY(!request(*m_midi));
+        QCOMPARE(m_midi->getErrorMessage(), FakeRtMidi::ErrorText);
+        world().sendFails = false;
+        m_midi->closePort();
+        QVERIFY(!request(*m_midi));
+        QCOMPARE(world().sent.size(), 1U);
+    }
+
+    void sendsNoEmptyMessageAndNoOverlongBlock()
+    {
+        connectTo(0);
+        QVERIFY(!m_midi->sendMessage({}));
+        QVERIFY(!m_midi->sendSysex(nullptr, 0));
+        const ByteMessage payload(7154, 'x');
+        QVERIFY(!m_midi->sendSettingsBlock(4, payload.data(), 7154, false));
+        QVERIFY(world().sent.empty());
+        QVERIFY(m_midi->sendSettingsBlock(4, payload.data(), 7153, false));
+        QCOMPARE(world().sent.at(0).bytes.size(), 8192U);
+        QCOMPARE(world().sent[0].bytes.back(), 0xF7);
+    }
+
+    void readsScripts_data()
+    {
+        QTest::addColumn<Messages>("replies");
+        QTest::addColumn<QVariant>("expected");
+        const auto row = [](const char *name, const Messages &replies, const QVariant &expected) {
+            QTest::newRow(name) << replies << expected;
+        };
+        const ByteMessage right = script("right");
+        const ByteMessage wrongCrc = changed(script("wrong"), 12, 0x55);
+        const ByteMessage foreign = changed(script("wrong"), 4, Id + 1);
+        const ByteMessage globals = dataBlock(Id, BlockType::Globals, ByteMessage(256, 'g'));
+        const QVariant none;
+        row("nothing", {}, none);
+        row("a script", {right}, "right");
+        row("up to the first zero", {dataBlock(Id, BlockType::Script, ByteMessage{0x61, 0, 0x62})},
+            "a");
+        row("UTF-8", {script("\xC3\xA4")}, QString(QChar(0xE4)));
+        row("the largest", {dataBlock(Id, BlockType::Script, ByteMessage(7153, 'x'))},
+            QString(7153, 'x'));
+        row("wrong checksum, then right", {wrongCrc, right}, "right");
+        row("wrong checksum alone", {wrongCrc, wrongCrc}, none);
+        row("foreign ID", {foreign}, none);
+        row("other block, empty block, message, then right",
+            {globals, dataBlock(Id, BlockType::Script, {}), fromHex(Acknowledgement), {}, right},
+            "right");
+        row("lying length", {changed(changed(right, 9, 0x7F), 10, 0x7F)}, none);
+        row("empty but 18 bytes long",
+            {fromHex("F0 00 01 5B 05 34 04 00 00 00 00 00 00 00 00 00 00 F7")}, "");
+        ByteMessage huge = right;
+        huge.resize(20000);
+        row("20000 bytes, then right", {huge, right}, "right");
+        row("cut in half, then right", {ByteMessage(right.begin(), right.begin() + 19), right},
+            "right");
+        Messages flood(80, fromHex("90 40 7F"));
+        flood.push_back(right);
+        row("many unrelated, then right", flood, "right");
+    }
+
+    void readsScripts()
+    {
+        QFETCH(Messages, replies);
+        QFETCH(QVariant, expected);
+        connectTo(0);
+        world().onSend = [&replies](const FakeRtMidi::Sent &) {
+            for (const ByteMessage &reply : replies)
+                world().receive(reply);
+        };
+        const QSignalSpy messages(m_midi.get(), &QtRtMIDI::midiMessageReceived);
+        QElapsedTimer time;
+        time.start();
+        const QVariant read = m_midi->getScript();
+        QVERIFY(expected.isValid() || time.elapsed() >= 100);
+        QCOMPARE(read, expected);
+        QCOMPARE(messages.size(), 0); // not pushed meanwhile
+        verifyCallbackMode();
+    }
+
+    void readsGlobals_data()
+    {
+        QTest::addColumn<ByteMessage>("payload");
+        QTest::newRow("256 bytes") << ByteMessage(256, 0xA5);
+        QTest::newRow("shorter") << ByteMessage(3, 0xA5);
+        QTest::newRow("longer") << ByteMessage(7153, 0xA5);
+    }
+
+    void readsGlobals()
+    {
+        QFETCH(ByteMessage, payload);
+        connectTo(0);
+        world().onSend = [&payload](const FakeRtMidi::Sent &sent) {
+            QCOMPARE(hex(sent.bytes), QByteArray("F0 00 01 5B 05 33 00 00 00 F7"));
+            world().receive(dataBlock(Id, BlockType::Globals, payload));
+        };
+        const std::uint8_t *record = m_midi->getGlobals();
+        QVERIFY(record);
+        const ByteMessage copy(record, record + 256); // all of it is there to be copied
+        QVERIFY(
+            std::ranges::equal(std::span(copy).first(std::min(payload.size(), copy.size())),
+                               std::span(payload).first(std::min(payload.size(), copy.size()))));
+        verifyCallbackMode();
+    }
+
+    void isPushingAgainAfterAReadThatCouldNotAsk()
+    {
+        connectTo(0);
+        world().sendFails = true;
+        QVERIFY(!m_midi->getGlobals());
+        QVERIFY(!m_midi->getScript().isValid());
+        QCOMPARE(m_midi->getErrorMessage(), FakeRtMidi::ErrorText);
+        verifyCallbackMode();
+    }
+
+    void announcesItsSettingsTransferOnce()
+    {
+        m_midi = std::make_unique<QtRtMIDI>();
+        const QSignalSpy changes(m_midi.get(), &QtRtMIDI::settingsTransferObjChanged);
+        auto *const transfer = reinterpret_cast<SettingsTransfer *>(this); // never looked into
+        m_midi->setSettingsTransferObj(transfer);
+        m_midi->setSettingsTransferObj(transfer);
+        QCOMPARE(m_midi->settingsTransferObj(), transfer);
+        QCOMPARE(changes.size(), 1);
+    }
+
+private:
+    void connectTo(unsigned pair)
+    {
+        m_midi = std::make_unique<QtRtMIDI>();
+        m_midi->setSysexID(Id);
+        m_midi->scanPorts(nullptr, nullptr);
+        QVERIFY(m_midi->selectPort(pair));
+    }
+
+    void verifyCallbackMode()
+    {
+        const QSignalSpy messages(m_midi.get(), &QtRtMIDI::midiMessageReceived);
+        world().receive(fromHex(Acknowledgement));
+        QCOMPARE(messages.size(), 1);
+    }
+
+    std::unique_ptr<QtRtMIDI> m_midi;
+};
+
+QTEST_GUILESS_MAIN(TestQtRtMIDI)
+#include "tst_qtrtmidi.moc"
