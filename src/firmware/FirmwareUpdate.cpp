@@ -2,7 +2,6 @@
 
 #include "firmware/ImageCipher.h"
 #include "firmware/ImagePath.h"
-#include "midi/DeviceReference.h"
 #include "midi/UpdateMessages.h"
 
 #include <QLoggingCategory>

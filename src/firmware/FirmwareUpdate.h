@@ -4,6 +4,7 @@
 #include "devices/ProductTable.h"
 #include "firmware/FirmwareImage.h"
 #include "firmware/TransferEstimate.h"
+#include "midi/DeviceReference.h"
 #include "midi/QtRtMIDI.h"
 
 #include <QElapsedTimer>
@@ -32,9 +33,9 @@ class FirmwareUpdate : public QObject
 public:
     struct DeviceFWInfo
     {
-        std::uint8_t productID;
+        std::uint8_t productID = midi::NoId;
         midi::FirmwareVersion version;
-        const char *imageUrl;
+        const char *imageUrl = "";
     };
 
     enum class State : quint32 { Idle, EnteringBootloader, Updating, Finishing };

@@ -143,7 +143,7 @@ void printHeader(const firmware::ImageHeader &header)
 /// What keeps the image from being sent, apart from its check value.
 std::optional<QString> findFault(const zvf::Image &image, const QString &product)
 {
-    if (const auto reason = zvf::refusal(image.header))
+    if (auto reason = zvf::refusal(image.header))
         return reason;
     if (!product.isEmpty() && parameter(product) != image.header.productID)
         return QStringLiteral("the image is for another product than ") + product;
