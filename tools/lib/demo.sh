@@ -67,7 +67,7 @@ drive_demo()
     build/release/ostrel-editor >"$EDITOR_LOG" 2>&1 </dev/null &
     EDITOR_PID=$!
     STARTED_PIDS+=("$EDITOR_PID")
-    wait_until 60 focus_window 'Ostrel Script Editor' || give_up 'the window did not appear'
+    wait_until 60 editor_has_window || give_up 'the window did not appear'
     await_box 30 'received name-request' 'the editor did not find the box'
 
     say 'Reading the script (Ctrl+R)'
@@ -125,15 +125,25 @@ await_box()
     wait_until "$1" box_said "$2" || give_up "$3"
 }
 
-# An end of the box or of the editor ends the waiting, too.
 box_said()
 {
     grep -qsE "$1" "$BOX_LOG" && return 0
-    local pid
-    for pid in "$BOX_PID" ${EDITOR_PID-}; do
-        kill -0 "$pid" 2>/dev/null || give_up "process $pid ended early"
-    done
+    insist_on_processes
     return 1
+}
+
+editor_has_window()
+{
+    focus_window 'Ostrel Script Editor' && return 0
+    insist_on_processes
+    return 1
+}
+
+# There is nothing to wait for once the box or the editor has ended.
+insist_on_processes()
+{
+    kill -0 "$BOX_PID" 2>/dev/null || give_up 'the simulated box ended early'
+    [[ -z ${EDITOR_PID-} ]] || kill -0 "$EDITOR_PID" 2>/dev/null || give_up 'the editor ended early'
 }
 
 give_up()
