@@ -6,7 +6,8 @@
 #include <QThread>
 
 #include <algorithm>
-#include <cstring>
+#include <string>
+#include <string_view>
 
 namespace
 {
@@ -67,11 +68,11 @@ void MidiDevice::setSysexID(std::uint8_t id)
 
 void MidiDevice::setDisplayName(const char *name)
 {
-    const std::string_view text(name);
+    const std::string text(name); // a copy, since `name` may be this record's own
     copyText(m_displayName, text, NameSize - 1);
     const std::string suffix =
         m_sysexId == midi::NoId ? std::string(": - ") : ':' + std::to_string(m_sysexId);
-    copyText(m_menuName, std::string(text.substr(0, MenuNameLength)) + suffix, NameSize - 1);
+    copyText(m_menuName, text.substr(0, MenuNameLength) + suffix, NameSize - 1);
 }
 
 QString MidiDevice::versionString() const
