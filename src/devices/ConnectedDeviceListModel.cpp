@@ -71,6 +71,7 @@ int ConnectedDeviceListModel::scanForDevice()
     findPorts();
     for (int port = 0; m_link && port < m_link->portCount(); ++port)
         listenOnPort(static_cast<unsigned>(port));
+    m_onlyOstrel = false;
 
     m_currentIndex = NoIndex;
     const int chosen = chooseDevice();
@@ -85,7 +86,6 @@ int ConnectedDeviceListModel::scanForDevice()
 
 void ConnectedDeviceListModel::findPorts()
 {
-    m_onlyOstrel = false;
     if (m_inputPortName.isEmpty() || m_outputPortName.isEmpty()) {
         m_link->scanPorts(nullptr, nullptr);
         return;
