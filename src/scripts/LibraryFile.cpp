@@ -1,0 +1,137 @@
+#include "scripts/LibraryFile.h"
+
+#include "scripts/ReplaceFile.h"
+#include "scripts/SaveLock.h"
+
+#include <QDebug>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+
+#include <utility>
+
+namespace
+{
+
+constexpr QLatin1String Conflict("conflict");
+constexpr QLatin1String Damaged("damaged");
+
+/// Never 0, which stands for nothing known.
+size_t digestOf(const QByteArray &bytes)
+{
+    return qHash(bytes, 0) | 1U;
+}
+
+/// Anything but a file could be endless, or wait for ever.
+std::optional<QByteArray> contentOf(const QString &path)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return file.readAll();
+}
+
+} // namespace
+
+LibraryFile::LibraryFile(QString path)
+    : m_path(std::move(path))
+{}
+
+std::optional<QByteArray> LibraryFile::read() const
+{
+    return contentOf(m_path);
+}
+
+void LibraryFile::loaded(const QByteArray &bytes, quint64 revision)
+{
+    const QMutexLocker locker(&m_mutex);
+    remember(bytes);
+    m_safeRevision = revision;
+    m_exact = false;
+}
+
+void LibraryFile::replacedByDefaults(quint64 revision)
+{
+    const QMutexLocker locker(&m_mutex);
+    m_safeRevision = revision;
+    m_exact = false;
+    if (!QFileInfo::exists(m_path))
+        return;
+    const SaveLock lock(m_path);
+    const std::optional<QByteArray> damaged = read();
+    if (damaged && !scripts::readLibrary(*damaged).scripts && keepBeside(*damaged))
+        remember(*damaged);
+}
+
+bool LibraryFile::save(const QList<scripts::Script> &list, quint64 revision)
+{
+    const QMutexLocker locker(&m_mutex);
+    if (revision < m_safeRevision)
+        return true;
+    if (m_exact && revision == m_safeRevision && QFileInfo::exists(m_path) && stamp() == m_stamp)
+        return true;
+    return saveBytes(scripts::writeLibrary(list), revision);
+}
+
+bool LibraryFile::saveBytes(const QByteArray &bytes, quint64 revision)
+{
+    const SaveLock lock(m_path);
+    const std::optional<QByteArray> present = read();
+    if (present && *present != bytes && digestOf(*present) != m_digest) {
+        const bool nothingToSave = revision == m_safeRevision;
+        if (nothingToSave && scripts::readLibrary(*present).scripts)
+            return true;
+        if (!keepBeside(*present))
+            return false;
+    }
+    if (!present && QFileInfo(m_path).isFile() && !moveAside())
+        return false;
+    if (present != bytes && !scripts::replaceFile(m_path, bytes))
+        return false;
+    remember(bytes);
+    m_safeRevision = revision;
+    m_exact = true;
+    return true;
+}
+
+bool LibraryFile::keepBeside(const QByteArray &bytes) const
+{
+    const QLatin1String kind = scripts::readLibrary(bytes).scripts ? Conflict : Damaged;
+    for (int number = 1;; ++number) {
+        const QString name = nameBeside(kind, number);
+        if (!QFileInfo::exists(name)) {
+            qWarning().noquote() << "Keeping the file of another program as" << name;
+            return scripts::replaceFile(name, bytes);
+        }
+        if (QFileInfo(name).size() == bytes.size() && contentOf(name) == bytes)
+            return true;
+    }
+}
+
+/// For a file that cannot be opened, and so not copied.
+bool LibraryFile::moveAside() const
+{
+    int number = 1;
+    while (QFileInfo::exists(nameBeside(Damaged, number)))
+        ++number;
+    return QFile::rename(m_path, nameBeside(Damaged, number));
+}
+
+QString LibraryFile::nameBeside(QLatin1String kind, int number) const
+{
+    const QFileInfo file(m_path);
+    return QStringLiteral("%1/%2.%3-%4.%5")
+        .arg(file.path(), file.completeBaseName(), kind, QString::number(number), file.suffix());
+}
+
+LibraryFile::Stamp LibraryFile::stamp() const
+{
+    const QFileInfo file(m_path);
+    return {file.size(), file.lastModified()};
+}
+
+void LibraryFile::remember(const QByteArray &bytes)
+{
+    m_digest = digestOf(bytes);
+    m_stamp = stamp();
+}

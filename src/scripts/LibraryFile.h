@@ -1,0 +1,63 @@
+#pragma once
+
+#include "scripts/LibraryDocument.h"
+
+#include <QDateTime>
+#include <QMutex>
+
+/// The library on the disk, and what is known of it. Other programs, a second editor among them,
+/// may replace the file at any time: nothing that this object has neither read nor written is ever
+/// overwritten, it is first kept beside the file under a free name, `NAME.conflict-1.json`, or
+/// `NAME.damaged-1.json` if it is no library. For any thread; a second call waits for the first.
+///
+/// A revision numbers the states of the caller's list; it only ever grows.
+class LibraryFile
+{
+public:
+    explicit LibraryFile(QString path);
+
+    [[nodiscard]] const QString &path() const { return m_path; }
+
+    /// All of the file; nothing where it cannot be opened.
+    [[nodiscard]] std::optional<QByteArray> read() const;
+
+    /// Tells that the list, now at `revision`, is just what `bytes`, read from this file, hold.
+    void loaded(const QByteArray &bytes, quint64 revision);
+
+    /// Tells that the list, now at `revision`, is the built-in one. A file that is there is
+    /// therefore damaged: keeps a copy.
+    void replacedByDefaults(quint64 revision);
+
+    /// Puts the list at `revision` in the place of the file. Does nothing where the file holds it
+    /// already or a newer revision was saved, nor where the list has nothing to save and another
+    /// program has put a library there meanwhile. False when the disk refused; then the file is as
+    /// it was.
+    [[nodiscard]] bool save(const QList<scripts::Script> &list, quint64 revision);
+
+private:
+    /// What tells a changed file without reading it.
+    struct Stamp
+    {
+        qint64 size = -1;
+        QDateTime modified;
+
+        bool operator==(const Stamp &) const = default;
+    };
+
+    [[nodiscard]] bool saveBytes(const QByteArray &bytes, quint64 revision);
+    [[nodiscard]] bool keepBeside(const QByteArray &bytes) const;
+    [[nodiscard]] bool moveAside() const;
+    [[nodiscard]] QString nameBeside(QLatin1String kind, int number) const;
+    [[nodiscard]] Stamp stamp() const;
+    void remember(const QByteArray &bytes);
+
+    const QString m_path;
+    mutable QMutex m_mutex;
+    /// Of the content that this object last read or wrote; 0 for none.
+    size_t m_digest = 0;
+    Stamp m_stamp;
+    /// The newest revision that holds nothing of its own: it was loaded, or saved.
+    quint64 m_safeRevision = 0;
+    /// Whether the file holds that revision to the letter.
+    bool m_exact = false;
+};

@@ -1,0 +1,76 @@
+#include "scripts/ScriptFile.h"
+
+#include "scripts/ReplaceFile.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QStringDecoder>
+
+namespace
+{
+
+/// No longer file can hold a script that fits: a character takes three bytes at most for each unit
+/// of its length, and there may be a byte order mark.
+constexpr qint64 MaxBytes = 3 * ScriptFile::MaxLength + 3;
+
+bool hasScriptLength(const QString &text)
+{
+    return text.size() <= ScriptFile::MaxLength;
+}
+
+QString withPlainLineEnds(QString text)
+{
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    text.replace(u'\r', u'\n');
+    return text;
+}
+
+} // namespace
+
+ScriptFile::ScriptFile(QObject *parent)
+    : QObject(parent)
+{}
+
+bool ScriptFile::read(const QUrl &file)
+{
+    const QString path = file.toLocalFile();
+    const QFileInfo info(path);
+    const auto refuse = [this](const QString &errorText) {
+        set({}, {}, errorText);
+        return false;
+    };
+    const QString tooLong = tr("\"%1\" is longer than fits the box (%2 characters).")
+                                .arg(info.fileName(), QString::number(MaxLength));
+
+    QFile device(path);
+    if (!info.isFile() || !device.open(QIODevice::ReadOnly))
+        return refuse(tr("\"%1\" cannot be opened.").arg(info.fileName()));
+    const QByteArray bytes = device.read(MaxBytes + 1);
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString text = withPlainLineEnds(decoder(bytes));
+    if (bytes.size() > MaxBytes)
+        return refuse(tooLong);
+    if (decoder.hasError() || text.contains(QChar::Null))
+        return refuse(tr("\"%1\" is not a text file in UTF-8.").arg(info.fileName()));
+    if (!hasScriptLength(text))
+        return refuse(tooLong);
+    set(info.completeBaseName(), text, {});
+    return true;
+}
+
+bool ScriptFile::write(const QUrl &file, const QString &scriptText)
+{
+    const QString path = file.toLocalFile();
+    const bool written = !path.isEmpty() && scripts::replaceFile(path, scriptText.toUtf8());
+    set(m_name, m_text,
+        written ? QString() : tr("\"%1\" cannot be written.").arg(QFileInfo(path).fileName()));
+    return written;
+}
+
+void ScriptFile::set(const QString &name, const QString &text, const QString &errorText)
+{
+    m_name = name;
+    m_text = text;
+    m_errorText = errorText;
+    emit changed();
+}
