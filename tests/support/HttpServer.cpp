@@ -1,0 +1,47 @@
+#include "support/HttpServer.h"
+
+#include <QTcpSocket>
+
+HttpServer::HttpServer()
+{
+    connect(&m_server, &QTcpServer::newConnection, this, [this] {
+        QTcpSocket *socket = m_server.nextPendingConnection();
+        connect(socket, &QTcpSocket::readyRead, this, [this, socket] { serve(socket); });
+        connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
+            --m_open;
+            socket->deleteLater();
+        });
+        ++m_open;
+    });
+    if (!m_server.listen(QHostAddress::LocalHost))
+        qFatal("No port to serve on: %s", qUtf8Printable(m_server.errorString()));
+}
+
+QString HttpServer::url(const QString &path) const
+{
+    return QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(path);
+}
+
+QByteArray HttpServer::response(const QByteArray &status, const QByteArray &body,
+                                const QByteArray &headers)
+{
+    return "HTTP/1.1 " + status +
+           "\r\nConnection: close\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n" +
+           headers + "\r\n" + body;
+}
+
+void HttpServer::serve(QTcpSocket *socket)
+{
+    // A request without a body ends with an empty line; until then it may still be growing.
+    if (!socket->peek(socket->bytesAvailable()).endsWith("\r\n\r\n"))
+        return;
+    const QByteArray path = socket->readAll().split(' ').value(1);
+    const Answer answer = m_answers.value(path);
+    m_served = true;
+    if (answer) {
+        answer(socket);
+        return;
+    }
+    socket->write(response("404 Not Found", "nothing here"));
+    socket->disconnectFromHost();
+}

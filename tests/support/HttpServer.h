@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QHash>
+#include <QTcpServer>
+
+#include <functional>
+
+class QTcpSocket;
+
+/// A web server on loopback that answers each path as its test says. Lives on the test's thread.
+class HttpServer : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Called with the socket of a request that has arrived as a whole. Owns nothing.
+    using Answer = std::function<void(QTcpSocket *)>;
+
+    HttpServer();
+
+    /// The address of `path`, which begins with a slash.
+    [[nodiscard]] QString url(const QString &path) const;
+
+    void on(const QByteArray &path, Answer answer) { m_answers.insert(path, std::move(answer)); }
+
+    /// Whether a request has been answered, and whether no connection is open.
+    [[nodiscard]] bool hasServed() const { return m_served; }
+    [[nodiscard]] bool isIdle() const { return m_open == 0; }
+
+    /// A whole response that closes the connection. `headers` are lines with CR-LF.
+    [[nodiscard]] static QByteArray response(const QByteArray &status, const QByteArray &body,
+                                             const QByteArray &headers = {});
+
+private:
+    void serve(QTcpSocket *socket);
+
+    QTcpServer m_server;
+    QHash<QByteArray, Answer> m_answers;
+    bool m_served = false;
+    int m_open = 0;
+};
