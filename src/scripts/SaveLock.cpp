@@ -27,7 +27,8 @@ SaveLock::SaveLock(const QString &path)
                     O_RDONLY | O_DIRECTORY | O_CLOEXEC))
 {
     constexpr std::chrono::milliseconds Interval{5};
-    for (auto left = Patience; m_folder >= 0 && left > left.zero(); left -= Interval) {
+    for (auto left = Patience; m_folder >= 0 && left > std::chrono::milliseconds::zero();
+         left -= Interval) {
         if (flock(m_folder, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK)
             return;
         std::this_thread::sleep_for(Interval);
