@@ -113,7 +113,7 @@ BoxBootloader::Outcome BoxBootloader::finish(midi::ByteView message)
     return outcome;
 }
 
-BoxBootloader::Outcome BoxBootloader::ask(std::uint32_t position, std::string reason) const
+BoxBootloader::Outcome BoxBootloader::ask(std::uint32_t position, const std::string &reason) const
 {
     return {midi::updateResponse(m_sysexId, AskForPosition, position),
             "firmware asks position=" + std::to_string(position) + " reason=" + reason, false,

@@ -43,7 +43,7 @@ private:
     [[nodiscard]] Outcome takeBlock(midi::ByteView message);
     [[nodiscard]] std::optional<Outcome> fail(std::uint32_t block);
     [[nodiscard]] Outcome finish(midi::ByteView message);
-    [[nodiscard]] Outcome ask(std::uint32_t position, std::string reason) const;
+    [[nodiscard]] Outcome ask(std::uint32_t position, const std::string &reason) const;
     [[nodiscard]] std::uint32_t position() const;
 
     BoxFaults *m_faults;

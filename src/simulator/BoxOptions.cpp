@@ -20,10 +20,10 @@ using Apply = bool (*)(BoxOptions &options, const QString &value);
 
 struct Option
 {
-    const char *name;
-    const char *valueName; ///< null for a switch
-    const char *help;
-    Apply apply;
+    const char *name = nullptr;
+    const char *valueName = nullptr; ///< null for a switch
+    const char *help = nullptr;
+    Apply apply = nullptr;
     bool isFault = false;
 };
 

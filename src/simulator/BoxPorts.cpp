@@ -47,16 +47,11 @@ public:
     }
 
 private:
-    /// On the MIDI library's thread.
+    /// On the MIDI library's thread, as the signal says.
     static void onMessage(double /*timeStamp*/, std::vector<unsigned char> *message, void *user)
     {
         const auto *pair = static_cast<OpenPair *>(user);
-        const auto forward = [owner = &pair->m_owner, index = pair->m_index, copy = *message] {
-            // Messages that were under way when the ports went are lost, as on a real bus.
-            if (owner->isOpen())
-                emit owner->received(index, copy);
-        };
-        QMetaObject::invokeMethod(&pair->m_owner, forward, Qt::QueuedConnection);
+        emit pair->m_owner.received(pair->m_index, *message);
     }
 
     void sendNow(midi::ByteView bytes)

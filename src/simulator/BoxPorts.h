@@ -12,8 +12,7 @@ namespace simulator
 
 /// The virtual ports through which boxes are reached. Two pairs, as a real box has on systems that
 /// name ports differently: one whose names say which port of the device is meant, and one whose
-/// two ports have the same plain name. Lives on the main thread; the MIDI library's own thread is
-/// met only where a message comes in, and left at once.
+/// two ports have the same plain name. Lives on the main thread.
 class BoxPorts : public QObject
 {
     Q_OBJECT
@@ -41,6 +40,8 @@ public:
     void send(std::size_t pair, const midi::ByteMessage &message);
 
 signals:
+    /// Emitted on the MIDI library's thread, so that receivers are called queued, perhaps after
+    /// the ports were closed.
     void received(std::size_t pair, const midi::ByteMessage &message);
     void failed(const QString &error); ///< a message could not be sent
 

@@ -8,8 +8,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <iostream>
+#include <utility>
 
 namespace simulator
 {
@@ -86,6 +86,9 @@ void BoxRunner::command(const QString &line)
 
 void BoxRunner::receive(std::size_t pair, const midi::ByteMessage &message)
 {
+    // What was under way when the ports went is lost, as on a real bus.
+    if (!m_ports.isOpen())
+        return;
     say("received " + describe(message));
     m_lastPair = pair;
     for (const auto &box : m_boxes) {
@@ -95,9 +98,8 @@ void BoxRunner::receive(std::size_t pair, const midi::ByteMessage &message)
         if (reaction.delay.count() == 0)
             perform(*box, pair, reaction);
         else
-            QTimer::singleShot(reaction.delay, this, [this, &target = *box, pair, reaction] {
-                perform(target, pair, reaction);
-            });
+            after(reaction.delay,
+                  [this, &target = *box, pair, reaction] { perform(target, pair, reaction); });
     }
 }
 
@@ -113,12 +115,11 @@ void BoxRunner::leave(SimulatedBox &box, const Absence &absence)
 {
     if (absence.offBus)
         m_offBus.push_back(&box);
-    if (m_offBus.size() == m_boxes.size()) {
-        m_ports.close();
-        say("unplugged");
-    }
     if (absence.duration)
-        QTimer::singleShot(*absence.duration, this, [this, &box] { comeBack(box); });
+        after(*absence.duration, [this, &box] { comeBack(box); });
+    else
+        m_pulled.push_back(&box);
+    updatePorts();
 }
 
 void BoxRunner::comeBack(SimulatedBox &box)
@@ -126,8 +127,7 @@ void BoxRunner::comeBack(SimulatedBox &box)
     std::erase(m_offBus, &box);
     for (const std::string &event : box.comeBack().events)
         say(event);
-    if (!m_unplugged && !m_ports.isOpen())
-        openPorts();
+    updatePorts();
 }
 
 bool BoxRunner::openPorts()
@@ -141,6 +141,32 @@ bool BoxRunner::openPorts()
         say("port " + quoted(pair.toBox));
     }
     return true;
+}
+
+/// Makes the ports exist exactly while there is a box behind them.
+void BoxRunner::updatePorts()
+{
+    const bool wanted = !m_unplugged && m_offBus.size() < m_boxes.size();
+    if (wanted == m_ports.isOpen())
+        return;
+    if (!wanted) {
+        m_ports.close();
+        say("unplugged");
+    } else if (openPorts()) {
+        say("plugged");
+    }
+}
+
+void BoxRunner::after(std::chrono::milliseconds delay, std::function<void()> action)
+{
+    auto *timer = new QTimer(this);
+    timer->setSingleShot(true);
+    timer->setTimerType(Qt::PreciseTimer);
+    timer->callOnTimeout(this, [timer, todo = std::move(action)] {
+        timer->deleteLater();
+        todo();
+    });
+    timer->start(delay);
 }
 
 void BoxRunner::send(std::size_t pair, const midi::ByteMessage &message)
@@ -199,19 +225,15 @@ void BoxRunner::reportState(const QString & /*argument*/)
 void BoxRunner::unplug(const QString & /*argument*/)
 {
     m_unplugged = true;
-    m_ports.close();
-    say("unplugged");
+    updatePorts();
 }
 
 void BoxRunner::plug(const QString & /*argument*/)
 {
     m_unplugged = false;
-    for (const auto &box : m_boxes) {
-        if (box->isAbsent())
-            comeBack(*box);
-    }
-    if (m_ports.isOpen() || openPorts())
-        say("plugged");
+    for (SimulatedBox *box : std::exchange(m_pulled, {}))
+        comeBack(*box);
+    updatePorts();
 }
 
 } // namespace simulator

@@ -6,6 +6,8 @@
 
 #include <QObject>
 
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -35,6 +37,8 @@ private:
     void leave(SimulatedBox &box, const Absence &absence);
     void comeBack(SimulatedBox &box);
     bool openPorts();
+    void updatePorts();
+    void after(std::chrono::milliseconds delay, std::function<void()> action);
     void send(std::size_t pair, const midi::ByteMessage &message);
 
     void print(const QString &text);
@@ -48,9 +52,10 @@ private:
 
     BoxPorts m_ports;
     std::vector<std::unique_ptr<SimulatedBox>> m_boxes;
-    std::vector<const SimulatedBox *> m_offBus; ///< the ports go when all boxes are in here
-    std::size_t m_lastPair = 0;                 ///< through which a box says what nobody asked for
-    bool m_unplugged = false;
+    std::vector<SimulatedBox *> m_offBus; ///< the ports go when all boxes are in here
+    std::vector<SimulatedBox *> m_pulled; ///< of these, the ones that wait to be plugged in
+    std::size_t m_lastPair = 0;           ///< through which a box says what nobody asked for
+    bool m_unplugged = false;             ///< by command
 };
 
 } // namespace simulator

@@ -24,7 +24,7 @@ int main(int argc, char *argv[])
                   << simulator::usageLine().toStdString() << std::endl;
         return BadUsage;
     }
-    const auto &options = std::get<simulator::BoxOptions>(parsed);
+    const auto &options = *std::get_if<simulator::BoxOptions>(&parsed);
     if (options.help) {
         std::cout << simulator::helpText().toStdString();
         return 0;
