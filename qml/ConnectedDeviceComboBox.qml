@@ -1,0 +1,156 @@
+import QtQuick
+import QtQuick.Controls
+import ConnectedDevices
+import OstrelEditor
+
+/// The device chooser: lists the boxes that the scan found, connects to the one that the user
+/// picks, and offers a firmware update first where a box needs one.
+ZEVComboBox {
+    id: root
+
+    required property FirmwareUpdate firmwareUpdateObj
+    required property ConnectedDeviceListModel listModel
+
+    readonly property int noDeviceIndex: -1
+    readonly property int noDeviceRef: 0xFFFF
+    property bool deviceConnected: false
+    property int connectedDeviceIndex: noDeviceIndex
+    property bool errorOccurred: false
+    property bool updateInProgress: false
+    property int updatingDeviceRef: -1
+    property int startupDeviceRef: -1
+    property string updateErrorString
+
+    readonly property alias updateDialog: updateDialog
+
+    signal deviceIsConnected(int index)
+
+    function beginConnect(deviceRef: int) {
+        listModel.connectToDevice(deviceRef);
+    }
+
+    /// True when the box needs new firmware; the user is then being asked.
+    function checkForFirmwareUpdateNeeded(deviceRef: int): bool {
+        if (!listModel.connectToDeviceForFirmwareUpdate(deviceRef))
+            return false;
+        firmwareUpdateObj.setMIDIDevice(listModel.currentDevice());
+        errorOccurred = false;
+        if (!firmwareUpdateObj.deviceNeedsUpdate())
+            return false;
+        updateInProgress = true;
+        updatingDeviceRef = deviceRef;
+        updateRequestDialog.open();
+        return true;
+    }
+
+    function connectToDevice(deviceIndex: int) {
+        deviceIsConnected(deviceIndex);
+    }
+
+    function connectOrUpdate(deviceRef: int) {
+        if (!checkForFirmwareUpdateNeeded(deviceRef))
+            beginConnect(deviceRef);
+    }
+
+    function rescanDevices() {
+        listModel.scanForDevice();
+    }
+
+    function updateComplete() {
+        updateEndTimer.restart();
+    }
+
+    function updateEndTimerDone() {
+        beginConnect(updatingDeviceRef);
+    }
+
+    function updateError(errorMsg: string) {
+        updateErrorString = errorMsg;
+        errorOccurred = true;
+    }
+
+    function showConnection(index: int) {
+        connectedDeviceIndex = index;
+        deviceConnected = index !== noDeviceIndex;
+        currentIndex = index + 1;
+        deviceIsConnected(index);
+    }
+
+    function declineUpdate() {
+        deviceConnected = false;
+        currentIndex = 0;
+        connectToDevice(noDeviceIndex);
+    }
+
+    objectName: "connectedDeviceComboBox"
+    implicitWidth: 200
+    model: listModel
+    textRole: "display"
+    valueRole: "value"
+    displayText: deviceConnected ? currentText : qsTr("- not connected -")
+
+    Accessible.name: qsTr("Device")
+
+    onActivated: {
+        const value = Number(currentValue);
+        if (value >= 0)
+            connectOrUpdate(value);
+        else
+            rescanDevices();
+    }
+
+    Component.onCompleted: {
+        startupDeviceRef = listModel.getStartupDevice();
+        if (startupDeviceRef !== noDeviceRef)
+            connectOrUpdate(startupDeviceRef);
+    }
+
+    Connections {
+        target: root.listModel
+
+        function onDeviceIsConnected(index: int) {
+            root.showConnection(index);
+        }
+    }
+
+    Connections {
+        target: root.firmwareUpdateObj
+
+        function onProgressChanged(progress: real) {
+            updateDialog.setProgress(progress);
+        }
+
+        function onStatusChanged(statusMsg: string) {
+            updateDialog.statusMessage(statusMsg);
+        }
+
+        function onUpdateCompleted() {
+            root.updateComplete();
+        }
+
+        function onUpdateError(errorMsg: string) {
+            root.updateError(errorMsg);
+        }
+    }
+
+    Timer {
+        id: updateEndTimer
+
+        interval: 500
+        onTriggered: root.updateEndTimerDone()
+    }
+
+    UpdateRequestDialog {
+        id: updateRequestDialog
+
+        onAccepted: updateDialog.open()
+        onRejected: root.declineUpdate()
+    }
+
+    SimpleUpdateDialog {
+        id: updateDialog
+
+        firmwareUpdate: root.firmwareUpdateObj
+        startOnOpen: true
+    }
+}

@@ -1,0 +1,167 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import OSTSyntaxHighlighter
+import OstrelEditor
+import Scripts
+
+/// Offers the scripts of a library on the web, each with the comment that it begins with. Covers
+/// the main window; downloads anew each time it is shown.
+Popup {
+    id: root
+
+    required property ScriptListModel model
+    required property string scriptUrl
+    required property font scriptFont
+
+    signal scriptChosen(string name, string text)
+
+    function selectedName(): string {
+        return model.scriptNameAt(downloadScriptListView.currentIndex);
+    }
+
+    function selectedText(): string {
+        return model.scriptTextAt(downloadScriptListView.currentIndex);
+    }
+
+    /// The leading comment block of the selected script, one line each.
+    function selectedNotes(): string {
+        let notes = "";
+        for (const line of selectedText().split(/\r?\n/)) {
+            if (line.startsWith("#"))
+                notes += line + "\n";
+            else if (line !== "")
+                break;
+        }
+        return notes;
+    }
+
+    function showNotes() {
+        notesArea.text = selectedNotes();
+    }
+
+    function download() {
+        model.clear();
+        model.loadFromUrl(scriptUrl);
+        downloadScriptListView.forceActiveFocus();
+    }
+
+    function choose() {
+        scriptChosen(selectedName(), selectedText());
+        visible = false;
+    }
+
+    objectName: "downloadScriptWindow"
+    visible: false
+    modal: true
+    dim: false
+    focus: true
+    margins: 0
+    padding: 2
+    background: WindowBackground {}
+
+    onVisibleChanged: {
+        if (visible)
+            download();
+    }
+
+    Connections {
+        target: root.model
+
+        function onModelReset() {
+            root.showNotes();
+        }
+    }
+
+    ColumnLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        Accessible.role: Accessible.Dialog
+        Accessible.name: qsTr("Download Scripts")
+
+        WindowTitleBar {
+            Layout.fillWidth: true
+            title: qsTr("Download Scripts")
+        }
+
+        RowLayout {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            spacing: 0
+
+            DownloadList {
+                id: downloadScriptListView
+
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+                Layout.preferredWidth: root.width / 5
+                Layout.maximumWidth: root.width / 2
+                model: root.model
+
+                onCurrentIndexChanged: root.showNotes()
+                onActivated: root.choose()
+            }
+
+            ScrollView {
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+                Layout.preferredWidth: root.width * 4 / 5
+
+                TextArea {
+                    id: notesArea
+
+                    objectName: "downloadNotesArea"
+                    readOnly: true
+                    textFormat: TextEdit.PlainText
+                    selectByMouse: true
+                    font: root.scriptFont
+                    leftPadding: 60
+                    topPadding: 10
+                    tabStopDistance: Theme.tabStop
+                    color: palette.windowText
+                    background: Rectangle {
+                        color: notesArea.palette.base
+                    }
+
+                    Accessible.name: qsTr("Script notes")
+                    KeyNavigation.priority: KeyNavigation.BeforeItem
+                    KeyNavigation.tab: downloadButton
+                }
+            }
+        }
+
+        Item {
+            Layout.fillWidth: true
+            implicitHeight: 50
+
+            Button {
+                id: downloadButton
+
+                objectName: "downloadScriptButton"
+                anchors.centerIn: parent
+                height: Theme.buttonHeight
+                text: qsTr("Download Script")
+                Keys.onReturnPressed: click()
+                Keys.onEnterPressed: click()
+                onClicked: root.choose()
+            }
+
+            Button {
+                objectName: "downloadDoneButton"
+                anchors.right: parent.right
+                anchors.rightMargin: 20
+                anchors.verticalCenter: parent.verticalCenter
+                height: Theme.buttonHeight
+                text: qsTr("Done")
+                Keys.onReturnPressed: click()
+                Keys.onEnterPressed: click()
+                onClicked: root.visible = false
+            }
+        }
+    }
+
+    OSTSyntaxHighlighter {
+        Component.onCompleted: setDocumentFromQML(notesArea.textDocument)
+    }
+}

@@ -1,0 +1,50 @@
+import QtQuick
+
+/// The selected script, with the icons that move scripts between box and editor.
+Item {
+    id: root
+
+    required property WindowActions actions
+    required property font scriptFont
+    required property string deviceNeededText
+
+    readonly property alias editor: scriptEditor
+
+    PaneBar {
+        id: bar
+
+        width: parent.width
+        title: qsTr("Current Script")
+
+        IconButton {
+            id: sendIcon
+
+            objectName: "sendIcon"
+            anchors.right: parent.right
+            anchors.rightMargin: 20
+            anchors.verticalCenter: parent.verticalCenter
+            action: root.actions.sendScript
+            icon: "/assets/SendScript2.svg"
+            disabledReason: root.deviceNeededText
+        }
+
+        IconButton {
+            objectName: "readIcon"
+            anchors.right: sendIcon.left
+            anchors.rightMargin: 10
+            anchors.verticalCenter: parent.verticalCenter
+            action: root.actions.readScript
+            icon: "/assets/ReadScript2.svg"
+            disabledReason: root.deviceNeededText
+        }
+    }
+
+    ScriptEditor {
+        id: scriptEditor
+
+        anchors.top: bar.bottom
+        anchors.bottom: parent.bottom
+        width: parent.width
+        scriptFont: root.scriptFont
+    }
+}

@@ -1,0 +1,166 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import OstrelEditor
+
+/// Edits the connected box's global settings: name, sysex ID and mode. Covers the main window; what
+/// was changed reaches the box with Done only.
+Popup {
+    id: root
+
+    required property CppInterface globals
+
+    signal globalSettingsUpdated
+
+    function load() {
+        if (!globals.readGlobals()) {
+            fail(qsTr("Error reading settings from device."));
+            return;
+        }
+        nameInput.text = globals.displayName();
+        modeChooser.currentIndex = globals.operatingMode();
+        sysexIdBox.value = globals.sysexId();
+        nameInput.forceActiveFocus();
+        nameInput.selectAll();
+    }
+
+    function apply() {
+        if (!globals.writeGlobals()) {
+            fail(qsTr("Error writing settings to device."));
+            return;
+        }
+        globalSettingsUpdated();
+        visible = false;
+    }
+
+    function fail(message: string) {
+        messageDialog.text = message;
+        messageDialog.open();
+    }
+
+    objectName: "globalSettingsWindow"
+    visible: false
+    modal: true
+    dim: false
+    focus: true
+    padding: 0
+    background: WindowBackground {}
+
+    onVisibleChanged: {
+        if (visible)
+            load();
+    }
+
+    ColumnLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        Accessible.role: Accessible.Dialog
+        Accessible.name: qsTr("Global Settings")
+
+        WindowTitleBar {
+            Layout.fillWidth: true
+            Layout.margins: 2
+            title: qsTr("Global Settings")
+        }
+
+        RowLayout {
+            Layout.alignment: Qt.AlignCenter
+            Layout.fillHeight: true
+            spacing: 5
+
+            Label {
+                text: qsTr("Display Name:")
+                horizontalAlignment: Text.AlignRight
+            }
+
+            SettingsNameField {
+                id: nameInput
+
+                onEdited: root.globals.setDisplayName(text)
+                onAccepted: root.apply()
+            }
+
+            Item {
+                Layout.fillWidth: true
+                Layout.preferredWidth: 100
+                Layout.maximumWidth: 100
+                implicitHeight: 25
+            }
+
+            Label {
+                text: qsTr("Sysex ID:")
+            }
+
+            SpinBox {
+                id: sysexIdBox
+
+                objectName: "sysexIdBox"
+                from: 0
+                to: 127
+                editable: true
+                inputMethodHints: Qt.ImhFormattedNumbersOnly
+
+                Accessible.name: qsTr("Sysex ID")
+
+                onValueModified: root.globals.setSysexId(value)
+            }
+
+            Item {
+                Layout.fillWidth: true
+                Layout.preferredWidth: 100
+                Layout.maximumWidth: 100
+                implicitHeight: 25
+            }
+
+            Label {
+                text: qsTr("Mode:")
+            }
+
+            ZEVComboBox {
+                id: modeChooser
+
+                objectName: "modeChooser"
+                implicitWidth: 150
+                textRole: "name"
+                valueRole: "value"
+                // In the order of the box's mode numbers.
+                model: ListModel {
+                    ListElement { name: qsTr("Merge/Thru"); value: 0 }
+                    ListElement { name: qsTr("USB MIDI"); value: 1 }
+                    ListElement { name: qsTr("Python Script"); value: 2 }
+                }
+
+                Accessible.name: qsTr("Mode")
+
+                onActivated: root.globals.setOperatingMode(Number(currentValue))
+            }
+        }
+
+        Item {
+            Layout.fillWidth: true
+            implicitHeight: Theme.titleBarHeight
+
+            Button {
+                objectName: "settingsDoneButton"
+                anchors.right: parent.right
+                anchors.rightMargin: 20
+                anchors.verticalCenter: parent.verticalCenter
+                height: Theme.buttonHeight
+                text: qsTr("Done")
+
+                Keys.onReturnPressed: click()
+                Keys.onEnterPressed: click()
+                onClicked: root.apply()
+            }
+        }
+    }
+
+    TextDialog {
+        id: messageDialog
+
+        objectName: "settingsMessageDialog"
+        standardButtons: Dialog.Ok
+        onAccepted: root.close()
+    }
+}

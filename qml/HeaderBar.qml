@@ -1,0 +1,58 @@
+import QtQuick
+import QtQuick.Layouts
+import ConnectedDevices
+import OstrelEditor
+
+/// The bar on top of the window: the device chooser and the program's title.
+Rectangle {
+    id: root
+
+    required property FirmwareUpdate firmwareUpdateObj
+    required property ConnectedDeviceListModel listModel
+
+    property alias chooser: connectedDeviceComboBox
+
+    implicitHeight: Theme.headerHeight
+    color: palette.mid
+
+    RowLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        Item {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            Layout.minimumWidth: Theme.listWidth
+            Layout.preferredWidth: Theme.listWidth
+            Layout.maximumWidth: root.width / 2
+
+            ConnectedDeviceComboBox {
+                id: connectedDeviceComboBox
+
+                anchors.left: parent.left
+                anchors.leftMargin: 10
+                anchors.verticalCenter: parent.verticalCenter
+                firmwareUpdateObj: root.firmwareUpdateObj
+                listModel: root.listModel
+            }
+        }
+
+        Item {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            Layout.preferredWidth: Theme.listWidth * Theme.editorShare / Theme.listShare
+
+            Image {
+                anchors.right: parent.right
+                anchors.rightMargin: 15
+                anchors.bottom: parent.bottom
+                anchors.bottomMargin: 8
+                source: "/assets/AppTitle.svg"
+                sourceSize: Qt.size(implicitWidth, implicitHeight)
+
+                Accessible.role: Accessible.Graphic
+                Accessible.name: qsTr("Ostrel Script Editor")
+            }
+        }
+    }
+}

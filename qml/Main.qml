@@ -1,0 +1,272 @@
+import QtQuick
+import QtQuick.Controls
+import ConnectedDevices
+import MIDI
+import OstrelEditor
+import Scripts
+
+/// The main window: owns the native objects, composes the panes, and says what each action does.
+ApplicationWindow {
+    id: rootWindow
+
+    readonly property string versionString: "1.1.1"
+    readonly property string defaultScript: "from ostrel import *\n\n"
+    readonly property string defaultScriptName: "NEW SCRIPT"
+    readonly property bool isIOS: Qt.platform.os === "ios"
+    readonly property bool isApple: isIOS || Qt.platform.os === "osx"
+    readonly property int defaultPointSize: isApple ? 13 : 10
+    readonly property int scriptPointSize: isApple ? 14 : 11
+    readonly property string scriptFont: "Courier New"
+    readonly property bool scriptFontBold: true
+    readonly property int maxScriptLen: 6900
+    readonly property string scriptUrl: BuildConfiguration.scriptUrl
+
+    property int connectedDevice: -1
+    property bool deleteInProgress: false
+    property int savedIndex: -1
+    property string savedName: ""
+
+    // The native objects that the start-up made; the documents below get them from here.
+    readonly property FirmwareUpdate updater: firmwareUpdate // qmllint disable unqualified
+    readonly property CppInterface globals: cppInterface // qmllint disable unqualified
+    // No type of its own here: the MIDI link knows that class by name only, which the engine minds.
+    readonly property var transfer: SettingsTransfer // qmllint disable unqualified
+
+    function getScriptName(): string {
+        return scriptListModel.scriptNameAt(panes.scripts.currentIndex);
+    }
+
+    function getScriptText(): string {
+        return scriptListModel.scriptTextAt(panes.scripts.currentIndex);
+    }
+
+    function getDownloadScriptName(): string {
+        return downloadScriptWindow.selectedName();
+    }
+
+    function getDownloadScriptText(): string {
+        return downloadScriptWindow.selectedText();
+    }
+
+    function getDownloadScriptNotes(): string {
+        return downloadScriptWindow.selectedNotes();
+    }
+
+    function logMessage(msg: string) {
+        panes.log.append(msg);
+    }
+
+    function updateScriptText() {
+        const row = panes.scripts.currentIndex;
+        const selected = row >= 0 && row < panes.scripts.count;
+        panes.editor.readOnly = !selected;
+        panes.editor.show(selected ? getScriptText() : "");
+        checkLength();
+    }
+
+    function takeEdit() {
+        scriptListModel.modifyScriptText(panes.scripts.currentIndex, panes.editor.text);
+        checkLength();
+    }
+
+    function checkLength() {
+        if (panes.editor.length > maxScriptLen)
+            messageDialog.show(qsTr("Script exceeds maximum allowable length (6900 bytes)"));
+    }
+
+    function addScript(name: string, text: string) {
+        scriptListModel.addScript(name, text);
+        panes.scripts.selectLast();
+    }
+
+    function sortScripts() {
+        savedName = scriptListModel.scriptNameAt(panes.scripts.currentIndex);
+        scriptListModel.sortScripts();
+        savedIndex = scriptListModel.findScriptByName(savedName);
+        panes.scripts.select(savedIndex > -1 ? savedIndex : 0);
+        // Another script may stand at the selected row now, which is no change of the selection.
+        updateScriptText();
+    }
+
+    function askToDelete() {
+        deleteInProgress = true;
+        okCancelDialog.text = qsTr("Delete script '%1'?").arg(getScriptName());
+        okCancelDialog.open();
+    }
+
+    function deleteScript() {
+        if (deleteInProgress)
+            scriptListModel.removeScript(panes.scripts.currentIndex);
+        updateScriptText();
+        deleteInProgress = false;
+    }
+
+    width: 1024
+    height: 768
+    minimumWidth: 800
+    minimumHeight: 600
+    visible: true
+    title: "Ostrel Script Editor v" + versionString
+    color: palette.window
+    palette: WindowPalette {}
+
+    Component.onCompleted: {
+        transfer.midiObj = midi;
+        updater.midiObj = midi;
+        connectedDeviceListModel.inputPortName = isApple ? "Ostrel OST Internal" : "MIDIIN4 (Ostrel)";
+        connectedDeviceListModel.outputPortName = isApple ? "Ostrel OST Internal" : "MIDIOUT6 (Ostrel)";
+        updateScriptText();
+    }
+
+    MIDI {
+        id: midi
+
+        onTextMessageReceived: text => rootWindow.logMessage(text)
+    }
+
+    ConnectedDeviceListModel {
+        id: connectedDeviceListModel
+
+        midiObj: midi
+    }
+
+    ScriptListModel {
+        id: scriptListModel
+    }
+
+    ScriptListModel {
+        id: downloadScriptListModel
+
+        scriptFileName: ""
+    }
+
+    // A scan holds up the window, so the window is seen first.
+    Connections {
+        id: firstFrame
+
+        target: rootWindow
+
+        function onFrameSwapped() {
+            firstFrame.enabled = false;
+            connectedDeviceListModel.scanForDevice();
+        }
+    }
+
+    // The box may restart when its mode changes.
+    Timer {
+        id: reloadTimer
+
+        interval: 2000
+        onTriggered: {
+            connectedDeviceListModel.newSysexID = rootWindow.globals.deviceRefSetSysexId(rootWindow.connectedDevice, rootWindow.globals.sysexId());
+            headerBar.chooser.rescanDevices();
+        }
+    }
+
+    ScriptTransfers {
+        id: transfers
+
+        transfer: rootWindow.transfer
+        scriptListModel: scriptListModel
+        deviceConnected: rootWindow.connectedDevice !== -1
+        onLogged: message => rootWindow.logMessage(message)
+        onScriptRead: (name, text) => rootWindow.addScript(name, text)
+    }
+
+    ScriptFiles {
+        id: scriptFiles
+
+        onScriptRead: (name, text) => rootWindow.addScript(name, text)
+        onFailed: message => messageDialog.show(message)
+    }
+
+    WindowActions {
+        id: actions
+
+        deviceConnected: rootWindow.connectedDevice !== -1
+        scriptSelected: panes.scripts.currentIndex >= 0
+        onSortRequested: rootWindow.sortScripts()
+        onDeleteRequested: rootWindow.askToDelete()
+        onAddRequested: rootWindow.addScript(rootWindow.defaultScriptName, rootWindow.defaultScript)
+        onOpenFileRequested: scriptFiles.chooseAndRead()
+        onSaveFileRequested: scriptFiles.chooseAndWrite(rootWindow.getScriptName(), rootWindow.getScriptText())
+        onReadRequested: transfers.readScript()
+        onSendRequested: transfers.sendScript(rootWindow.getScriptText())
+        onSettingsRequested: globalSettingsWindow.visible = true
+        onDownloadRequested: downloadScriptWindow.visible = true
+        onGuideRequested: helpWindow.visible = true
+        onClearRequested: panes.log.clear()
+    }
+
+    header: HeaderBar {
+        id: headerBar
+
+        firmwareUpdateObj: rootWindow.updater
+        listModel: connectedDeviceListModel
+        chooser.onDeviceIsConnected: index => rootWindow.connectedDevice = index
+    }
+
+    MainPanes {
+        id: panes
+
+        anchors.fill: parent
+        actions: actions
+        scriptListModel: scriptListModel
+        scriptFont: Qt.font({ family: rootWindow.scriptFont, bold: rootWindow.scriptFontBold, pointSize: rootWindow.scriptPointSize })
+        namePointSize: rootWindow.defaultPointSize
+        editor.onEdited: rootWindow.takeEdit()
+        scripts.onSelectionChanged: {
+            rootWindow.updateScriptText();
+            scriptListModel.saveToFile();
+        }
+        scripts.onFilesDropped: urls => scriptFiles.readAll(urls)
+    }
+
+    TextDialog {
+        id: okCancelDialog
+
+        objectName: "okCancelDialog"
+        standardButtons: Dialog.Ok | Dialog.Cancel
+        onAccepted: rootWindow.deleteScript()
+        onRejected: rootWindow.deleteInProgress = false
+    }
+
+    SystemMessage {
+        id: messageDialog
+    }
+
+    GlobalSettingsWindow {
+        id: globalSettingsWindow
+
+        width: rootWindow.width
+        height: rootWindow.height
+        globals: rootWindow.globals
+        onGlobalSettingsUpdated: reloadTimer.start()
+    }
+
+    DownloadScriptWindow {
+        id: downloadScriptWindow
+
+        width: rootWindow.width
+        height: rootWindow.height
+        model: downloadScriptListModel
+        scriptUrl: rootWindow.scriptUrl
+        scriptFont: panes.scriptFont
+        onScriptChosen: (name, text) => rootWindow.addScript(name, text)
+    }
+
+    HelpWindow {
+        id: helpWindow
+
+        width: rootWindow.width
+        height: rootWindow.height
+        helpText: ostHelpText.helpText
+    }
+
+    OSTHelpText {
+        id: ostHelpText
+
+        versionString: rootWindow.versionString
+        actions: actions
+    }
+}

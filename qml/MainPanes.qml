@@ -1,0 +1,72 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import OstrelEditor
+import Scripts
+
+/// What the window shows below its header: the scripts on the left; the selected one and the
+/// message log, divided by a handle, on the right.
+RowLayout {
+    id: root
+
+    required property WindowActions actions
+    required property ScriptListModel scriptListModel
+    required property font scriptFont
+    required property int namePointSize
+
+    readonly property alias scripts: scriptListPane
+    readonly property alias editor: editorPane.editor
+    readonly property alias log: messageLogPane
+    readonly property string deviceNeededText: qsTr("Connect a device first")
+
+    spacing: 0
+
+    ScriptListPane {
+        id: scriptListPane
+
+        Layout.fillWidth: true
+        Layout.fillHeight: true
+        Layout.minimumWidth: root.width / 6
+        Layout.preferredWidth: Theme.listWidth
+        Layout.maximumWidth: root.width / 2
+        model: root.scriptListModel
+        actions: root.actions
+        namePointSize: root.namePointSize
+        deviceNeededText: root.deviceNeededText
+    }
+
+    Rectangle {
+        Layout.fillHeight: true
+        implicitWidth: 15
+        color: palette.windowText
+    }
+
+    SplitView {
+        id: split
+
+        Layout.fillWidth: true
+        Layout.fillHeight: true
+        Layout.preferredWidth: Theme.listWidth * Theme.editorShare / Theme.listShare
+        orientation: Qt.Vertical
+
+        handle: PaneHandle {}
+
+        EditorPane {
+            id: editorPane
+
+            SplitView.fillHeight: true
+            SplitView.minimumHeight: 2 * Theme.paneBarHeight
+            actions: root.actions
+            scriptFont: root.scriptFont
+            deviceNeededText: root.deviceNeededText
+        }
+
+        MessageLogPane {
+            id: messageLogPane
+
+            SplitView.minimumHeight: 150
+            SplitView.preferredHeight: 150
+            actions: root.actions
+        }
+    }
+}

@@ -1,0 +1,49 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Layouts
+
+/// The icons below the list of scripts that open the other windows.
+Rectangle {
+    id: root
+
+    required property WindowActions actions
+    required property string deviceNeededText
+
+    implicitHeight: 60
+    color: palette.base
+
+    RowLayout {
+        anchors.fill: parent
+        anchors.leftMargin: 20
+        anchors.rightMargin: 20
+        spacing: 20
+
+        Repeater {
+            model: [
+                { action: root.actions.settings, icon: "/assets/Settings.svg", bottom: 10, name: "settingsIcon" },
+                { action: root.actions.downloadScripts, icon: "/assets/DownloadScript.svg", bottom: 10, name: "downloadIcon" },
+                { action: root.actions.readGuide, icon: "/assets/ReadGuide.svg", bottom: 8, name: "guideIcon" }
+            ]
+
+            Item {
+                id: cell
+
+                required property var modelData
+
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+
+                IconButton {
+                    anchors.horizontalCenter: parent.horizontalCenter
+                    anchors.bottom: parent.bottom
+                    anchors.bottomMargin: cell.modelData.bottom
+                    action: cell.modelData.action
+                    icon: cell.modelData.icon
+                    objectName: cell.modelData.name
+                    disabledReason: root.deviceNeededText
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,117 @@
+import QtQuick
+import QtQuick.Controls
+import OSTSyntaxHighlighter
+import OstrelEditor
+
+/// The script editor: a text area with line numbers in one area that scrolls both ways; the numbers
+/// stay at its left edge.
+Flickable {
+    id: view
+
+    required property font scriptFont
+
+    property alias readOnly: scriptTextArea.readOnly
+    readonly property string text: scriptTextArea.text
+    readonly property int length: scriptTextArea.length
+    readonly property real textWidth: width - lineNumbers.width
+
+    /// The user changed the text.
+    signal edited
+
+    /// Replaces the text without taking that for an edit.
+    function show(text: string) {
+        loading.active = true;
+        scriptTextArea.text = text;
+        loading.active = false;
+        contentX = 0;
+        contentY = 0;
+    }
+
+    function keepCursorVisible() {
+        const cursor = scriptTextArea.cursorRectangle;
+        const margin = scriptTextArea.textMargin;
+        if (cursor.y >= contentY + height - cursor.height - margin)
+            contentY = cursor.y - height + cursor.height + margin;
+        else if (cursor.y < contentY)
+            contentY = Math.max(0, cursor.y - margin);
+        if (cursor.x >= contentX + textWidth - margin)
+            contentX = cursor.x - textWidth + margin;
+        else if (cursor.x < contentX)
+            contentX = Math.max(0, cursor.x - margin);
+    }
+
+    function movePage(direction: int) {
+        const cursor = scriptTextArea.cursorRectangle;
+        scriptTextArea.cursorPosition =
+            scriptTextArea.positionAt(cursor.x, cursor.y + cursor.height / 2 + direction * height);
+    }
+
+    clip: true
+    boundsBehavior: Flickable.StopAtBounds
+    contentWidth: lineNumbers.width + scriptTextArea.width
+    contentHeight: scriptTextArea.height
+
+    ScrollBar.vertical: ScrollBar {}
+    ScrollBar.horizontal: ScrollBar {}
+
+    QtObject {
+        id: loading
+
+        property bool active: false
+    }
+
+    TextArea {
+        id: scriptTextArea
+
+        objectName: "scriptTextArea"
+        x: lineNumbers.width
+        width: Math.max(view.textWidth, contentWidth + leftPadding + rightPadding)
+        height: Math.max(view.height, contentHeight + topPadding + bottomPadding)
+        leftPadding: 5
+        topPadding: 1
+        font: view.scriptFont
+        tabStopDistance: Theme.tabStop
+        textFormat: TextEdit.PlainText
+        wrapMode: TextEdit.NoWrap
+        selectByMouse: true
+        color: palette.windowText
+        background: Rectangle {
+            color: scriptTextArea.palette.base
+        }
+
+        Accessible.name: qsTr("Script editor")
+
+        onTextChanged: {
+            if (!loading.active)
+                view.edited();
+        }
+        onCursorRectangleChanged: view.keepCursorVisible()
+
+        Keys.onTabPressed: insert(cursorPosition, "    ")
+        Keys.onPressed: event => {
+            const plain = event.modifiers === Qt.NoModifier;
+            event.accepted = plain && (event.key === Qt.Key_PageUp || event.key === Qt.Key_PageDown);
+            if (event.accepted)
+                view.movePage(event.key === Qt.Key_PageUp ? -1 : 1);
+        }
+    }
+
+    LineNumbers {
+        id: lineNumbers
+
+        x: view.contentX
+        height: scriptTextArea.height
+        lineCount: scriptTextArea.lineCount
+        textHeight: scriptTextArea.contentHeight
+        topPadding: scriptTextArea.topPadding
+        viewTop: view.contentY
+        viewHeight: view.height
+        numberFont: view.scriptFont
+    }
+
+    OSTSyntaxHighlighter {
+        id: scriptSyntaxHighlighter
+
+        Component.onCompleted: setDocumentFromQML(scriptTextArea.textDocument)
+    }
+}

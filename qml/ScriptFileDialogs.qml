@@ -1,0 +1,40 @@
+import QtQuick
+import QtQuick.Dialogs
+
+/// Lets the user pick the file that a script is read from or written to. Made when first needed.
+Item {
+    id: root
+
+    signal opened(var urls)
+    signal saveChosen(url file)
+
+    function chooseOpen() {
+        openDialog.open();
+    }
+
+    /// Proposes the script's name as the file's, without what not every file system takes.
+    function chooseSave(scriptName: string) {
+        const fileName = scriptName.replace(/[\\/:*?"<>|\x00-\x1F]/g, "_") + ".py";
+        saveDialog.selectedFile = saveDialog.currentFolder + "/" + encodeURIComponent(fileName);
+        saveDialog.open();
+    }
+
+    FileDialog {
+        id: openDialog
+
+        title: qsTr("Add script from file")
+        fileMode: FileDialog.OpenFiles
+        nameFilters: [qsTr("MicroPython scripts (*.py)"), qsTr("All files (*)")]
+        onAccepted: root.opened(selectedFiles)
+    }
+
+    FileDialog {
+        id: saveDialog
+
+        title: qsTr("Save script to file")
+        fileMode: FileDialog.SaveFile
+        defaultSuffix: "py"
+        nameFilters: [qsTr("MicroPython scripts (*.py)")]
+        onAccepted: root.saveChosen(selectedFile)
+    }
+}

@@ -1,0 +1,64 @@
+import QtQuick
+import OstrelEditor
+
+/// One script of the library: its name, editable in place.
+Rectangle {
+    id: root
+
+    required property int index
+    required property string scriptName
+    required property int pointSize
+
+    signal selected
+    signal renamed(string name)
+
+    function editName() {
+        nameField.forceActiveFocus();
+        nameField.selectAll();
+    }
+
+    implicitHeight: Theme.rowHeight
+    radius: 1
+    color: root.ListView.isCurrentItem ? palette.highlight : "transparent"
+
+    Accessible.role: Accessible.ListItem
+    Accessible.name: root.scriptName
+
+    TapHandler {
+        onTapped: root.selected()
+    }
+
+    TextInput {
+        id: nameField
+
+        objectName: "scriptNameField"
+        anchors.left: parent.left
+        anchors.leftMargin: 10
+        anchors.right: parent.right
+        anchors.rightMargin: 10
+        anchors.verticalCenter: parent.verticalCenter
+        text: root.scriptName
+        font.pointSize: root.pointSize
+        color: root.ListView.isCurrentItem ? palette.highlightedText : palette.windowText
+        selectionColor: palette.windowText
+        selectedTextColor: palette.window
+        selectByMouse: true
+        activeFocusOnTab: false
+        clip: true
+
+        Accessible.role: Accessible.EditableText
+        Accessible.name: qsTr("Script name")
+
+        onTextEdited: root.renamed(text)
+        onActiveFocusChanged: {
+            if (activeFocus)
+                root.selected();
+            else
+                cursorPosition = 0; // a long name shows its beginning again
+        }
+        onAccepted: root.ListView.view.forceActiveFocus()
+        Keys.onEscapePressed: root.ListView.view.forceActiveFocus()
+        Keys.onUpPressed: root.ListView.view.stepBy(-1)
+        Keys.onDownPressed: root.ListView.view.stepBy(1)
+    }
+}

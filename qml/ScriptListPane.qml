@@ -1,0 +1,159 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import OstrelEditor
+import Scripts
+
+/// The column with the user's scripts: what can be done with the list, the list, and the icons for
+/// the other windows below it. Files dropped on the list are handed on.
+ColumnLayout {
+    id: root
+
+    required property ScriptListModel model
+    required property WindowActions actions
+    required property int namePointSize
+    required property string deviceNeededText
+
+    property alias currentIndex: scriptListView.currentIndex
+    readonly property int count: scriptListView.count
+
+    signal selectionChanged
+    signal filesDropped(var urls)
+
+    function select(row: int) {
+        scriptListView.currentIndex = row;
+        scriptListView.positionViewAtIndex(row, ListView.Contain);
+    }
+
+    function selectLast() {
+        select(scriptListView.count - 1);
+    }
+
+    spacing: 0
+
+    PaneBar {
+        id: bar
+
+        readonly property int iconStep: 25
+
+        Layout.fillWidth: true
+        title: qsTr("Available Scripts")
+        titleMargin: scriptIcon.x + scriptIcon.width + 5
+        iconsWidth: 4 * iconStep - 10
+
+        Image {
+            id: scriptIcon
+
+            x: 5
+            anchors.verticalCenter: parent.verticalCenter
+            source: "/assets/ScriptIcon.svg"
+            sourceSize: Qt.size(implicitWidth, implicitHeight)
+        }
+
+        Repeater {
+            model: [
+                { action: root.actions.sortScripts, icon: "/assets/Sort.svg", name: "sortIcon" },
+                { action: root.actions.deleteScript, icon: "/assets/Minus.svg", name: "minusIcon" },
+                { action: root.actions.addScript, icon: "/assets/Plus.svg", name: "plusIcon" }
+            ]
+
+            IconButton {
+                required property int index
+                required property var modelData
+
+                action: modelData.action
+                icon: modelData.icon
+                objectName: modelData.name
+                hitMargin: 2
+                anchors.right: bar.right
+                anchors.rightMargin: bar.iconStep * (3 - index) - width / 2
+                anchors.verticalCenter: bar.verticalCenter
+            }
+        }
+    }
+
+    ListView {
+        id: scriptListView
+
+        function stepBy(rows: int) {
+            root.select(Math.max(0, Math.min(count - 1, currentIndex + rows)));
+            forceActiveFocus();
+        }
+
+        objectName: "scriptListView"
+        Layout.fillWidth: true
+        Layout.fillHeight: true
+        model: root.model
+        clip: true
+        focus: true
+        activeFocusOnTab: true
+        boundsBehavior: Flickable.StopAtBounds
+
+        Accessible.role: Accessible.List
+        Accessible.name: qsTr("Available Scripts")
+
+        ScrollBar.vertical: ScrollBar {}
+
+        onCurrentIndexChanged: root.selectionChanged()
+        Keys.onReturnPressed: (currentItem as ScriptListDelegate)?.editName()
+        Keys.onEnterPressed: (currentItem as ScriptListDelegate)?.editName()
+        Keys.onPressed: event => {
+            const page = Math.floor(height / Theme.rowHeight);
+            const steps = {
+                [Qt.Key_PageUp]: -page,
+                [Qt.Key_PageDown]: page,
+                [Qt.Key_Home]: -count,
+                [Qt.Key_End]: count
+            };
+            event.accepted = event.key in steps;
+            if (event.accepted)
+                stepBy(steps[event.key]);
+            else if (event.key === Qt.Key_F2)
+                (currentItem as ScriptListDelegate)?.editName();
+        }
+
+        delegate: ScriptListDelegate {
+            width: ListView.view.width
+            pointSize: root.namePointSize
+
+            onSelected: scriptListView.currentIndex = index
+            onRenamed: name => root.model.modifyScriptName(index, name)
+        }
+
+        DropArea {
+            anchors.fill: parent
+            keys: ["text/uri-list"]
+
+            onDropped: drop => {
+                root.filesDropped(drop.urls);
+                drop.acceptProposedAction();
+            }
+
+            Rectangle {
+                anchors.fill: parent
+                visible: (parent as DropArea).containsDrag
+                color: "transparent"
+                border.width: 2
+                border.color: palette.highlight
+            }
+        }
+
+        Label {
+            anchors.centerIn: parent
+            width: parent.width - 40
+            visible: scriptListView.count === 0
+            text: qsTr("No scripts yet.\nAdd one with the plus sign, or download some.")
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.Wrap
+            color: palette.midlight
+        }
+    }
+
+    OptionsBar {
+        Layout.fillWidth: true
+        actions: root.actions
+        deviceNeededText: root.deviceNeededText
+    }
+}

@@ -1,0 +1,39 @@
+import QtQuick
+import Scripts
+
+/// Reads the box's script into the library and sends the selected one, and tells the message log
+/// how that went.
+QtObject {
+    id: root
+
+    required property var transfer ///< the SettingsTransfer
+    required property ScriptListModel scriptListModel
+    required property bool deviceConnected
+
+    readonly property string readScriptName: "Downloaded Script"
+
+    signal logged(string message)
+    signal scriptRead(string name, string text)
+
+    function readScript() {
+        if (!deviceConnected)
+            return;
+        logged(qsTr("Reading...\n"));
+        const script = transfer.receiveScript();
+        if (typeof script === "string" && script !== "") {
+            logged(qsTr("Receive complete!\n"));
+            scriptRead(readScriptName, script);
+        } else {
+            logged(qsTr("Error receiving script.\n"));
+        }
+        scriptListModel.saveToFile();
+    }
+
+    function sendScript(text: string) {
+        if (!deviceConnected)
+            return;
+        logged(qsTr("Sending...\n"));
+        scriptListModel.saveToFile();
+        logged(transfer.sendScript(text) ? qsTr("Send complete!\n") : qsTr("Error sending script.\n"));
+    }
+}

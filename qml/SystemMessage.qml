@@ -1,0 +1,23 @@
+import QtQuick
+import QtQuick.Dialogs
+
+/// Says one thing in the system's own message dialog, with nothing but an Ok button. The dialog is
+/// made when there is first something to say.
+Loader {
+    id: root
+
+    property string text: ""
+
+    function show(message: string) {
+        text = message;
+        active = true;
+        (item as MessageDialog).open();
+    }
+
+    active: false
+    sourceComponent: MessageDialog {
+        objectName: "messageDialog"
+        text: root.text
+        buttons: MessageDialog.Ok
+    }
+}

@@ -1,0 +1,54 @@
+import QtQuick
+import QtQuick.Controls
+
+/// A modal dialog that says one thing in large type and is closed by its buttons only. Return and
+/// Space press the button that has the focus, at first the Ok button.
+Dialog {
+    id: root
+
+    property string text: ""
+
+    parent: Overlay.overlay
+    anchors.centerIn: parent
+    width: 400
+    height: 250
+    modal: true
+    focus: true
+    closePolicy: Popup.NoAutoClose
+
+    onOpened: standardButton(Dialog.Ok).forceActiveFocus(Qt.TabFocusReason)
+
+    footer: DialogButtonBox {
+        alignment: Qt.AlignHCenter
+        background: null
+
+        Keys.onReturnPressed: pressFocused()
+        Keys.onEnterPressed: pressFocused()
+
+        function pressFocused() {
+            for (let i = 0; i < count; ++i) {
+                const button = itemAt(i) as AbstractButton;
+                if (button.activeFocus)
+                    button.click();
+            }
+        }
+    }
+
+    background: Rectangle {
+        color: root.palette.dark
+        border.color: root.palette.light
+        border.width: 2
+    }
+
+    contentItem: Label {
+        text: root.text
+        textFormat: Text.PlainText
+        font.pointSize: 16
+        font.bold: true
+        wrapMode: Text.Wrap
+        elide: Text.ElideRight
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+        color: root.palette.windowText
+    }
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "scripts/ScriptFile.h"
+#include "scripts/ScriptListModel.h"
+
+#include <QtQml/qqml.h>
+
+struct ScriptListModelElement
+{
+    Q_GADGET
+    QML_FOREIGN(ScriptListModel)
+    QML_NAMED_ELEMENT(ScriptListModel)
+};
+
+struct ScriptFileElement
+{
+    Q_GADGET
+    QML_FOREIGN(ScriptFile)
+    QML_NAMED_ELEMENT(ScriptFile)
+};
