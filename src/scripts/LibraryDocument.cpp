@@ -1,7 +1,5 @@
 #include "scripts/LibraryDocument.h"
 
-#include "scripts/JsonScanner.h"
-
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -15,55 +13,34 @@ constexpr QLatin1String ScriptsKey("scripts");
 constexpr QLatin1String NameKey("name");
 constexpr QLatin1String TextKey("text");
 
-bool readText(JsonScanner &scanner, QString &text)
-{
-    text.clear();
-    return scanner.peek() == '"' ? scanner.readString(&text) : scanner.skipValue();
-}
+// As UTF-8; the reader takes it for a mark of the encoding where a string begins with it.
+constexpr char ByteOrderMark[] = "\xEF\xBB\xBF";
+constexpr char EscapedByteOrderMark[] = "\\ufeff";
 
-bool readScript(JsonScanner &scanner, QString &key, Script &script)
+QList<Script> toScripts(const QJsonArray &array)
 {
-    if (scanner.peek() != '{')
-        return scanner.skipValue();
-    return scanner.readObject(&key, [&] {
-        if (key == NameKey)
-            return readText(scanner, script.name);
-        if (key == TextKey)
-            return readText(scanner, script.text);
-        return scanner.skipValue();
-    });
-}
-
-/// The names of all members go to the one `key`, so that its memory is used again.
-bool readScripts(JsonScanner &scanner, QString &key, QList<Script> &scripts)
-{
-    scripts.clear();
-    if (scanner.peek() != '[')
-        return scanner.skipValue();
-    return scanner.readArray([&] { return readScript(scanner, key, scripts.emplaceBack()); });
-}
-
-/// A member that comes twice counts the last time, as it does with QJsonDocument.
-bool readRoot(JsonScanner &scanner, QList<Script> &scripts)
-{
-    QString key;
-    return scanner.readObject(&key, [&] {
-        return key == ScriptsKey ? readScripts(scanner, key, scripts) : scanner.skipValue();
-    });
+    QList<Script> scripts;
+    scripts.reserve(array.size());
+    for (const QJsonValueConstRef &value : array) {
+        Script &script = scripts.emplaceBack();
+        // Asked first, because making an object of a million numbers takes a second.
+        if (!value.isObject())
+            continue;
+        const QJsonObject object = value.toObject();
+        script.name = object.value(NameKey).toString();
+        script.text = object.value(TextKey).toString();
+    }
+    return scripts;
 }
 
 } // namespace
 
-LibraryReading readLibrary(QByteArrayView bytes)
+LibraryReading readLibrary(const QByteArray &bytes)
 {
-    JsonScanner scanner(bytes);
-    QList<Script> scripts;
-    const bool isObject = scanner.peek() == '{';
-    const bool intact =
-        (isObject ? readRoot(scanner, scripts) : scanner.skipRootArray()) && scanner.finish();
-    LibraryReading reading{std::nullopt, scanner.error()};
-    if (intact && isObject)
-        reading.scripts = std::move(scripts);
+    LibraryReading reading;
+    const QJsonDocument document = QJsonDocument::fromJson(bytes, &reading.error);
+    if (document.isObject())
+        reading.scripts = toScripts(document.object().value(ScriptsKey).toArray());
     return reading;
 }
 
@@ -72,7 +49,9 @@ QByteArray writeLibrary(const QList<Script> &scripts)
     QJsonArray array;
     for (const Script &script : scripts)
         array.append(QJsonObject{{NameKey, script.name}, {TextKey, script.text}});
-    return QJsonDocument(QJsonObject{{ScriptsKey, array}}).toJson(QJsonDocument::Indented);
+    return QJsonDocument(QJsonObject{{ScriptsKey, array}})
+        .toJson(QJsonDocument::Indented)
+        .replace(ByteOrderMark, EscapedByteOrderMark);
 }
 
 } // namespace scripts

@@ -32,9 +32,9 @@ struct LibraryReading
 };
 
 /// Reads leniently: whatever is missing or of another type reads as empty, unknown members are
-/// ignored, and each element of the array becomes a script. Time and memory are in proportion to
-/// the size, whatever the shape.
-[[nodiscard]] LibraryReading readLibrary(QByteArrayView bytes);
+/// ignored, and each element of the array becomes a script. Nesting beyond what QJsonDocument takes
+/// (1024 levels) is an error like any other.
+[[nodiscard]] LibraryReading readLibrary(const QByteArray &bytes);
 
 /// Writes in the indented form of QJsonDocument. Every text survives, with NULs and halves of
 /// surrogate pairs: what UTF-8 cannot carry is escaped.
