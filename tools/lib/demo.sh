@@ -6,7 +6,7 @@ DEMO_PICTURE=build/demo.png
 BOX_LOG=$LOG_DIR/demo-box.log
 EDITOR_LOG=$LOG_DIR/demo-editor.log
 
-# What the box holds at first.
+# What the box holds at first; it ends in a line end.
 DEMO_SCRIPT=library/scripts/transpose.py
 
 # What is typed into the script, and what the box prints in answer.
@@ -77,7 +77,7 @@ drive_demo()
     say 'Editing it'
     click_into_script
     press ctrl+End
-    xdotool type --delay 20 "$(printf "\nprint('%s')\n" "$GREETING")"
+    xdotool type --delay 20 "print('$GREETING')"
 
     say 'Sending it (Ctrl+Return)'
     press ctrl+Return
