@@ -39,8 +39,9 @@ MidiDevice::MidiDevice(std::uint8_t productId, std::uint8_t sysexId, QObject *pa
     setSysexID(sysexId);
 }
 
+// The compiler warns of a copy constructor that leaves its base class out.
 MidiDevice::MidiDevice(const MidiDevice &other)
-    : QObject()
+    : QObject() // NOLINT(readability-redundant-member-init)
     , m_productId(midi::NoId)
     , m_sysexId(other.m_sysexId)
     , m_version(other.m_version)
