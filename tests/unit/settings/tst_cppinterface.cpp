@@ -95,7 +95,7 @@ private slots:
         QVERIFY(!bridge.writeGlobals());
 
         Box box;
-        bridge.setSettingsTransfer(box.transfer());
+        bridge.setSettingsTransfer(Box::transfer());
         FakeRtMidi::world().sendFails = true;
         QVERIFY(!bridge.readGlobals());
         QVERIFY(!bridge.writeGlobals());
@@ -106,7 +106,7 @@ private slots:
     {
         Box box;
         CppInterface bridge;
-        bridge.setSettingsTransfer(box.transfer());
+        bridge.setSettingsTransfer(Box::transfer());
         QVERIFY(bridge.readGlobals());
         QCOMPARE(bridge.displayName(), "Stage");
         QCOMPARE(bridge.operatingMode(), 2);
@@ -134,7 +134,7 @@ private slots:
         Box box;
         std::ranges::fill(std::span(box.record).subspan(224), 'x');
         CppInterface bridge;
-        bridge.setSettingsTransfer(box.transfer());
+        bridge.setSettingsTransfer(Box::transfer());
         QVERIFY(bridge.readGlobals());
         QCOMPARE(bridge.displayName(), QString(31, 'x'));
     }
