@@ -11,8 +11,9 @@ Flickable {
     required property font scriptFont
 
     property alias readOnly: scriptTextArea.readOnly
-    readonly property string text: scriptTextArea.text
-    readonly property int length: scriptTextArea.length
+    // Aliases, since a binding may still hold the text from before when edited() arrives.
+    property alias text: scriptTextArea.text
+    property alias length: scriptTextArea.length
     readonly property real textWidth: width - lineNumbers.width
 
     /// The user changed the text.

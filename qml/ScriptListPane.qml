@@ -17,7 +17,7 @@ ColumnLayout {
     required property string deviceNeededText
 
     property alias currentIndex: scriptListView.currentIndex
-    readonly property int count: scriptListView.count
+    property alias count: scriptListView.count
 
     signal selectionChanged
     signal filesDropped(var urls)
