@@ -17,6 +17,12 @@ Rectangle {
         nameField.selectAll();
     }
 
+    /// Gives the keyboard back to the list. A list that has a focused item in it would hand it on.
+    function leaveName() {
+        nameField.focus = false;
+        root.ListView.view.forceActiveFocus();
+    }
+
     implicitHeight: Theme.rowHeight
     radius: 1
     color: root.ListView.isCurrentItem ? palette.highlight : "transparent"
@@ -56,9 +62,15 @@ Rectangle {
             else
                 cursorPosition = 0; // a long name shows its beginning again
         }
-        onAccepted: root.ListView.view.forceActiveFocus()
-        Keys.onEscapePressed: root.ListView.view.forceActiveFocus()
-        Keys.onUpPressed: root.ListView.view.stepBy(-1)
-        Keys.onDownPressed: root.ListView.view.stepBy(1)
+        onAccepted: root.leaveName()
+        Keys.onEscapePressed: root.leaveName()
+        Keys.onUpPressed: {
+            root.leaveName();
+            root.ListView.view.stepBy(-1);
+        }
+        Keys.onDownPressed: {
+            root.leaveName();
+            root.ListView.view.stepBy(1);
+        }
     }
 }
