@@ -18,21 +18,7 @@ Dialog {
 
     onOpened: standardButton(Dialog.Ok).forceActiveFocus(Qt.TabFocusReason)
 
-    footer: DialogButtonBox {
-        alignment: Qt.AlignHCenter
-        background: null
-
-        Keys.onReturnPressed: pressFocused()
-        Keys.onEnterPressed: pressFocused()
-
-        function pressFocused() {
-            for (let i = 0; i < count; ++i) {
-                const button = itemAt(i) as AbstractButton;
-                if (button.activeFocus)
-                    button.click();
-            }
-        }
-    }
+    footer: DialogButtons {}
 
     background: Rectangle {
         color: root.palette.dark

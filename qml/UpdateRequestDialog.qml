@@ -13,6 +13,7 @@ Dialog {
     focus: true
     closePolicy: Popup.NoAutoClose
     standardButtons: Dialog.Ok | Dialog.Cancel
+    footer: DialogButtons {}
 
     contentItem: Label {
         text: qsTr("This device needs a firmware update to work with this version of the editor. Ok to proceed with the update?")
