@@ -256,8 +256,8 @@ private slots:
     {
         QTest::addColumn<std::function<bool(QtRtMIDI &)>>("request");
         QTest::addColumn<QByteArray>("expected");
-        const auto row = [](const char *expected, std::function<bool(QtRtMIDI &)> request) {
-            QTest::newRow(expected) << std::move(request) << QByteArray(expected);
+        const auto row = [](const char *expected, const std::function<bool(QtRtMIDI &)> &request) {
+            QTest::newRow(expected) << request << QByteArray(expected);
         };
         const auto write = [](int type, bool flag) {
             return [=](QtRtMIDI &midi) { return midi.sendSettingsBlock(type, nullptr, 0, flag); };
