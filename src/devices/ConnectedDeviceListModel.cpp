@@ -5,6 +5,7 @@
 #include "devices/SettingsKeys.h"
 #include "midi/QtRtMIDI.h"
 
+#include <QLoggingCategory>
 #include <QSettings>
 #include <QThread>
 
@@ -12,6 +13,8 @@
 
 namespace
 {
+
+Q_LOGGING_CATEGORY(lcDevices, "ostrel.devices", QtInfoMsg)
 
 constexpr int ListenRounds = 20;
 constexpr unsigned long RoundMs = 10;
@@ -81,6 +84,8 @@ int ConnectedDeviceListModel::scanForDevice()
         connectToIndex(chosen);
     m_firstScan = false;
     endResetModel();
+    qCDebug(lcDevices) << "scan found" << m_devices.size() << "devices, connected to"
+                       << connectedReference();
     return connectedReference();
 }
 
