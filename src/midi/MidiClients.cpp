@@ -20,6 +20,9 @@ Q_LOGGING_CATEGORY(lcMidi, "ostrel.midi", QtInfoMsg)
 constexpr char ApiVariable[] = "OSTREL_MIDI_API";
 constexpr unsigned QueueLimit = 100; ///< messages kept while polling
 
+/// Two cycles of a server with large buffers.
+constexpr std::chrono::milliseconds JackSettlingTime{20};
+
 NameStyle nameStyle(RtMidi::Api api)
 {
     switch (api) {
@@ -54,6 +57,8 @@ bool create(RtMidi::Api api, const ClientNames &names, MidiClients &clients)
         clients.output = std::make_unique<RtMidiOut>(used, names.output);
         clients.input = std::move(input);
         clients.nameStyle = nameStyle(used);
+        if (used == RtMidi::UNIX_JACK)
+            clients.settlingTime = JackSettlingTime;
         qCDebug(lcMidi) << "MIDI back end:" << RtMidi::getApiDisplayName(used).c_str();
         return true;
     } catch (const std::exception &error) {

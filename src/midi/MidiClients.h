@@ -2,6 +2,7 @@
 
 #include "midi/PortMatching.h"
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -29,6 +30,9 @@ struct MidiClients
     std::unique_ptr<RtMidiIn> input;
     std::unique_ptr<RtMidiOut> output;
     NameStyle nameStyle = NameStyle::Undecorated;
+    /// What is sent sooner than this after a port was opened may be lost: JACK makes a connection
+    /// effective with one of its next cycles.
+    std::chrono::milliseconds settlingTime{0};
     std::string error; ///< the library's last error text; may be set although clients exist
 };
 

@@ -6,6 +6,7 @@
 #include "midi/SevenBit.h"
 
 #include <QMetaType>
+#include <QThread>
 
 #include <RtMidi.h>
 
@@ -135,6 +136,7 @@ bool QtRtMIDI::selectPort(unsigned index)
         attempt(m_error, [&] { m_clients.input->closePort(); });
         return false;
     }
+    QThread::msleep(static_cast<unsigned long>(m_clients.settlingTime.count()));
     return true;
 }
 
