@@ -1,5 +1,6 @@
 #pragma once
 
+#include "devices/ProductTable.h"
 #include "midi/DeviceReference.h"
 #include "midi/SysexFrame.h"
 
@@ -34,6 +35,9 @@ class ConnectedDeviceListModel : public QAbstractListModel
     Q_MOC_INCLUDE("midi/QtRtMIDI.h")
 
 public:
+    /// Products that documents name.
+    enum Product { Ostrel = OstrelProductId };
+    Q_ENUM(Product)
     enum Role { DisplayRole = Qt::DisplayRole, ValueRole = Qt::UserRole };
 
     explicit ConnectedDeviceListModel(QObject *parent = nullptr);
