@@ -52,6 +52,7 @@ Popup {
     }
 
     objectName: "downloadScriptWindow"
+    parent: Overlay.overlay // the header too is covered
     visible: false
     modal: true
     dim: false
@@ -142,8 +143,8 @@ Popup {
                 anchors.centerIn: parent
                 height: Theme.buttonHeight
                 text: qsTr("Download Script")
-                Keys.onReturnPressed: click()
-                Keys.onEnterPressed: click()
+                Keys.onReturnPressed: clicked()
+                Keys.onEnterPressed: clicked()
                 onClicked: root.choose()
             }
 
@@ -154,8 +155,8 @@ Popup {
                 anchors.verticalCenter: parent.verticalCenter
                 height: Theme.buttonHeight
                 text: qsTr("Done")
-                Keys.onReturnPressed: click()
-                Keys.onEnterPressed: click()
+                Keys.onReturnPressed: clicked()
+                Keys.onEnterPressed: clicked()
                 onClicked: root.visible = false
             }
         }

@@ -39,6 +39,7 @@ Popup {
     }
 
     objectName: "globalSettingsWindow"
+    parent: Overlay.overlay // the header too is covered
     visible: false
     modal: true
     dim: false
@@ -64,76 +65,81 @@ Popup {
             title: qsTr("Global Settings")
         }
 
-        RowLayout {
-            Layout.alignment: Qt.AlignCenter
+        Item {
+            Layout.fillWidth: true
             Layout.fillHeight: true
-            spacing: 5
 
-            Label {
-                text: qsTr("Display Name:")
-                horizontalAlignment: Text.AlignRight
-            }
+            RowLayout {
+                anchors.centerIn: parent
+                width: Math.min(implicitWidth, parent.width - 40)
+                spacing: 5
 
-            SettingsNameField {
-                id: nameInput
-
-                onEdited: root.globals.setDisplayName(text)
-                onAccepted: root.apply()
-            }
-
-            Item {
-                Layout.fillWidth: true
-                Layout.preferredWidth: 100
-                Layout.maximumWidth: 100
-                implicitHeight: 25
-            }
-
-            Label {
-                text: qsTr("Sysex ID:")
-            }
-
-            SpinBox {
-                id: sysexIdBox
-
-                objectName: "sysexIdBox"
-                from: 0
-                to: 127
-                editable: true
-                inputMethodHints: Qt.ImhFormattedNumbersOnly
-
-                Accessible.name: qsTr("Sysex ID")
-
-                onValueModified: root.globals.setSysexId(value)
-            }
-
-            Item {
-                Layout.fillWidth: true
-                Layout.preferredWidth: 100
-                Layout.maximumWidth: 100
-                implicitHeight: 25
-            }
-
-            Label {
-                text: qsTr("Mode:")
-            }
-
-            ZEVComboBox {
-                id: modeChooser
-
-                objectName: "modeChooser"
-                implicitWidth: 150
-                textRole: "name"
-                valueRole: "value"
-                // In the order of the box's mode numbers.
-                model: ListModel {
-                    ListElement { name: qsTr("Merge/Thru"); value: 0 }
-                    ListElement { name: qsTr("USB MIDI"); value: 1 }
-                    ListElement { name: qsTr("Python Script"); value: 2 }
+                Label {
+                    text: qsTr("Display Name:")
+                    horizontalAlignment: Text.AlignRight
                 }
 
-                Accessible.name: qsTr("Mode")
+                SettingsNameField {
+                    id: nameInput
 
-                onActivated: root.globals.setOperatingMode(Number(currentValue))
+                    onEdited: root.globals.setDisplayName(text)
+                    onAccepted: root.apply()
+                }
+
+                Item {
+                    Layout.fillWidth: true
+                    Layout.preferredWidth: 100
+                    Layout.maximumWidth: 100
+                    implicitHeight: 25
+                }
+
+                Label {
+                    text: qsTr("Sysex ID:")
+                }
+
+                SpinBox {
+                    id: sysexIdBox
+
+                    objectName: "sysexIdBox"
+                    from: 0
+                    to: 127
+                    editable: true
+                    inputMethodHints: Qt.ImhFormattedNumbersOnly
+
+                    Accessible.name: qsTr("Sysex ID")
+
+                    onValueModified: root.globals.setSysexId(value)
+                }
+
+                Item {
+                    Layout.fillWidth: true
+                    Layout.preferredWidth: 100
+                    Layout.maximumWidth: 100
+                    implicitHeight: 25
+                }
+
+                Label {
+                    text: qsTr("Mode:")
+                }
+
+                ZEVComboBox {
+                    id: modeChooser
+
+                    objectName: "modeChooser"
+                    implicitWidth: 150
+                    textRole: "name"
+                    valueRole: "value"
+                    // In the order of the box's mode numbers.
+                    model: ListModel {
+                        ListElement { name: qsTr("Merge/Thru"); value: 0 }
+                        ListElement { name: qsTr("USB MIDI"); value: 1 }
+                        ListElement { name: qsTr("Python Script"); value: 2 }
+                    }
+
+                    Accessible.name: qsTr("Mode")
+
+                    onActivated: root.globals.setOperatingMode(Number(currentValue))
+                }
             }
         }
 
@@ -149,8 +155,8 @@ Popup {
                 height: Theme.buttonHeight
                 text: qsTr("Done")
 
-                Keys.onReturnPressed: click()
-                Keys.onEnterPressed: click()
+                Keys.onReturnPressed: clicked()
+                Keys.onEnterPressed: clicked()
                 onClicked: root.apply()
             }
         }

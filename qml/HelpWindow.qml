@@ -10,6 +10,7 @@ Popup {
 
     readonly property int edgeMargin: 20
 
+    parent: Overlay.overlay // the header too is covered
     visible: false
     focus: true
     padding: 0
