@@ -8,7 +8,7 @@ DialogButtonBox {
         for (let i = 0; i < count; ++i) {
             const button = itemAt(i) as T.AbstractButton;
             if (button.activeFocus)
-                button.click();
+                button.clicked();
         }
     }
 

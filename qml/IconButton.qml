@@ -45,8 +45,8 @@ Item {
         Accessible.role: Accessible.Button
         Accessible.name: root.action.text
 
-        Keys.onReturnPressed: click()
-        Keys.onEnterPressed: click()
+        Keys.onReturnPressed: root.action.trigger()
+        Keys.onEnterPressed: root.action.trigger()
 
         background: Rectangle {
             color: "transparent"
