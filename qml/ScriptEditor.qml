@@ -35,8 +35,8 @@ Flickable {
             contentY = cursor.y - height + cursor.height + margin;
         else if (cursor.y < contentY)
             contentY = Math.max(0, cursor.y - margin);
-        if (cursor.x >= contentX + textWidth - margin)
-            contentX = cursor.x - textWidth + margin;
+        if (cursor.x >= contentX + textWidth - cursor.width - margin)
+            contentX = cursor.x - textWidth + cursor.width + margin;
         else if (cursor.x < contentX)
             contentX = Math.max(0, cursor.x - margin);
     }

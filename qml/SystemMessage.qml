@@ -20,4 +20,12 @@ Loader {
         text: root.text
         buttons: MessageDialog.Ok
     }
+
+    // Where the system has no such dialog, one takes its place that knows Escape only.
+    Shortcut {
+        sequences: ["Return", "Enter"]
+        context: Qt.ApplicationShortcut
+        enabled: (root.item as MessageDialog)?.visible ?? false
+        onActivated: (root.item as MessageDialog).close()
+    }
 }
