@@ -2,7 +2,7 @@ import QtQuick
 import OstrelEditor
 
 /// One script of the library: its name, editable in place.
-Rectangle {
+FocusScope {
     id: root
 
     required property int index
@@ -17,21 +17,24 @@ Rectangle {
         nameField.selectAll();
     }
 
-    /// Gives the keyboard back to the list. A list that has a focused item in it would hand it on.
+    /// Gives the keyboard back to the list.
     function leaveName() {
         nameField.focus = false;
-        root.ListView.view.forceActiveFocus();
     }
 
     implicitHeight: Theme.rowHeight
-    radius: 1
-    color: root.ListView.isCurrentItem ? palette.highlight : "transparent"
 
     Accessible.role: Accessible.ListItem
     Accessible.name: root.scriptName
 
     TapHandler {
         onTapped: root.selected()
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        radius: 1
+        color: root.ListView.isCurrentItem ? palette.highlight : "transparent"
     }
 
     TextInput {
@@ -57,12 +60,16 @@ Rectangle {
 
         onTextEdited: root.renamed(text)
         onActiveFocusChanged: {
-            if (activeFocus)
+            if (activeFocus) {
                 root.selected();
-            else
+            } else {
+                focus = false; // or the row would hand the keyboard to its name later
                 cursorPosition = 0; // a long name shows its beginning again
+            }
         }
-        onAccepted: root.leaveName()
+        // Keys instead of accepted(), after which the list would get the key and edit the name again.
+        Keys.onReturnPressed: root.leaveName()
+        Keys.onEnterPressed: root.leaveName()
         Keys.onEscapePressed: root.leaveName()
         Keys.onUpPressed: {
             root.leaveName();
