@@ -15,6 +15,12 @@ Dialog {
     standardButtons: Dialog.Ok | Dialog.Cancel
     footer: DialogButtons {}
 
+    background: Rectangle {
+        color: root.palette.dark
+        border.color: root.palette.light
+        border.width: 2
+    }
+
     contentItem: Label {
         text: qsTr("This device needs a firmware update to work with this version of the editor. Ok to proceed with the update?")
         wrapMode: Text.Wrap
