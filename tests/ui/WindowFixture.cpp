@@ -1,0 +1,237 @@
+#include "ui/WindowFixture.h"
+
+#include <QAccessible>
+#include <QDir>
+#include <QGuiApplication>
+#include <QQuickStyle>
+#include <QRegularExpression>
+#include <QSettings>
+#include <QTest>
+
+#include <algorithm>
+
+namespace
+{
+
+/// Both lists of the window say that they find no file.
+void announceFirstStart()
+{
+    for (int list = 0; list < 2; ++list)
+        QTest::ignoreMessage(
+            QtWarningMsg, QRegularExpression(QStringLiteral("^Failed to open file for reading")));
+}
+
+/// In the middle of what can be seen of `item`.
+QPoint centreOf(QQuickItem *item)
+{
+    QRectF visible = item->mapRectToScene(item->boundingRect());
+    for (const QQuickItem *outer = item->parentItem(); outer; outer = outer->parentItem()) {
+        if (outer->clip() || !outer->parentItem())
+            visible &= outer->mapRectToScene(QRectF(0, 0, outer->width(), outer->height()));
+    }
+    return visible.center().toPoint();
+}
+
+QString nameOf(QQuickItem *item)
+{
+    const QAccessibleInterface *const shown = QAccessible::queryAccessibleInterface(item);
+    return shown ? shown->text(QAccessible::Name) : QString();
+}
+
+QList<QQuickItem *> fromTopToBottom(QList<QQuickItem *> items)
+{
+    std::ranges::sort(items, {}, &QQuickItem::y);
+    return items;
+}
+
+QString textBelow(const QQuickItem *item)
+{
+    for (QQuickItem *child : item->childItems()) {
+        const QString text = child->property("text").toString();
+        if (!text.isEmpty())
+            return text;
+    }
+    return {};
+}
+
+QQuickItem *findBelow(QQuickItem *item, const std::function<bool(QQuickItem *)> &wanted)
+{
+    if (!item->isVisible())
+        return nullptr;
+    const QList<QQuickItem *> children = item->childItems();
+    for (auto child = children.crbegin(); child != children.crend(); ++child) {
+        if (QQuickItem *found = findBelow(*child, wanted))
+            return found;
+    }
+    return wanted(item) ? item : nullptr;
+}
+
+} // namespace
+
+WindowFixture::WindowFixture(const std::optional<Library> &library)
+{
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope,
+                       m_home.folder() + QStringLiteral("/settings"));
+    if (library)
+        m_home.write(scripts::writeLibrary(*library));
+    else
+        announceFirstStart();
+
+    m_objects = std::make_unique<NativeObjects>();
+    m_engine = std::make_unique<QQmlApplicationEngine>();
+    registerUserInterface(*m_engine, *m_objects);
+    loadMainWindow(*m_engine);
+    m_window = qobject_cast<QQuickWindow *>(m_engine->rootObjects().value(0));
+    if (!m_window || !QTest::qWaitForWindowActive(m_window, TimeoutMs))
+        qFatal("The main window does not show");
+}
+
+WindowFixture::~WindowFixture() = default;
+
+void WindowFixture::failOnWarnings()
+{
+    // The platform without a display minds that it cannot hand on size hints.
+    QTest::failOnWarning(
+        QRegularExpression(QStringLiteral("^(?!This plugin does not support propagateSizeHints)")));
+}
+
+QObject *WindowFixture::object(const QString &objectName) const
+{
+    if (QQuickItem *visible = item(objectName))
+        return visible;
+    return m_window->findChild<QObject *>(objectName);
+}
+
+QVariant WindowFixture::value(const QString &objectName, const char *property) const
+{
+    const QObject *const owner = object(objectName);
+    return owner ? owner->property(property) : QVariant();
+}
+
+QString WindowFixture::text(const QString &objectName) const
+{
+    return value(objectName, "text").toString();
+}
+
+bool WindowFixture::isOpen(const QString &popup) const
+{
+    return value(popup, "visible").toBool();
+}
+
+qreal WindowFixture::iconOpacity(const QString &objectName) const
+{
+    const QQuickItem *const icon = item(objectName);
+    if (!icon)
+        return -1;
+    for (QQuickItem *child : icon->childItems()) {
+        if (child->property("source").isValid())
+            return child->opacity();
+    }
+    return -1;
+}
+
+QQuickItem *WindowFixture::find(const std::function<bool(QQuickItem *)> &wanted) const
+{
+    return findBelow(m_window->contentItem(), wanted);
+}
+
+QQuickItem *WindowFixture::item(const QString &objectName) const
+{
+    return find([&](const QQuickItem *item) { return item->objectName() == objectName; });
+}
+
+QQuickItem *WindowFixture::itemCalled(const QString &accessibleName) const
+{
+    return find([&](QQuickItem *item) { return nameOf(item) == accessibleName; });
+}
+
+QQuickItem *WindowFixture::itemSaying(const QString &text) const
+{
+    return find([&](const QQuickItem *item) {
+        return item->width() > 0 && item->property("text").toString() == text;
+    });
+}
+
+QStringList WindowFixture::rows(const QString &listName) const
+{
+    const QQuickItem *const list = item(listName);
+    if (!list)
+        return {};
+    const auto *const content = list->property("contentItem").value<QQuickItem *>();
+    QStringList texts;
+    for (const QQuickItem *row : fromTopToBottom(content->childItems())) {
+        if (row->isVisible() && row->property("scriptName").isValid())
+            texts << textBelow(row);
+    }
+    return texts;
+}
+
+QString WindowFixture::focusedName() const
+{
+    // A control may leave its focus to a part of it that has no name.
+    for (QQuickItem *item = m_window->activeFocusItem(); item; item = item->parentItem()) {
+        if (!nameOf(item).isEmpty())
+            return nameOf(item);
+    }
+    return {};
+}
+
+void WindowFixture::click(QQuickItem *item) const
+{
+    if (QTest::qVerify(item, "item", "There is nothing to click", __FILE__, __LINE__))
+        QTest::mouseClick(m_window, Qt::LeftButton, {}, centreOf(item));
+}
+
+void WindowFixture::hover(const QString &objectName) const
+{
+    QQuickItem *const target = item(objectName);
+    if (!QTest::qVerify(target, "item", qPrintable(objectName), __FILE__, __LINE__))
+        return;
+    // A pointer that moves within the item, as a real one does.
+    QTest::mouseMove(m_window, centreOf(target) + QPoint(1, 1));
+    QTest::mouseMove(m_window, centreOf(target));
+}
+
+void WindowFixture::press(Qt::Key key, Qt::KeyboardModifiers modifiers) const
+{
+    QTest::keyClick(m_window, key, modifiers);
+}
+
+void WindowFixture::type(const QString &text) const
+{
+    for (const QChar character : text)
+        QTest::keyClick(m_window, character.toLatin1());
+}
+
+WindowFixture::Library WindowFixture::savedLibrary() const
+{
+    return scripts::readLibrary(m_home.read()).scripts.value_or(Library());
+}
+
+QStringList WindowFixture::savedNames() const
+{
+    QStringList names;
+    for (const scripts::Script &script : savedLibrary())
+        names << script.name;
+    return names;
+}
+
+void WindowFixture::takePicture(const QString &name) const
+{
+    const QDir folder(QStringLiteral(OSTREL_PICTURES));
+    const QString path = folder.filePath(name + QStringLiteral(".png"));
+    const bool saved = folder.mkpath(QStringLiteral(".")) && m_window->grabWindow().save(path);
+    QTest::qVerify(saved, "saved", qPrintable(path), __FILE__, __LINE__);
+}
+
+int runWindowTests(QObject &test, int argc, char **argv)
+{
+    QGuiApplication application(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("ZEVMusicTechnology"));
+    QCoreApplication::setApplicationName(QStringLiteral("Ostrel Editor"));
+    QQuickStyle::setStyle(QStringLiteral("Basic"));
+    testsupport::MidiServer server;
+    if (!server.isRunning())
+        qFatal("No MIDI service: %s", server.output().constData());
+    return QTest::qExec(&test, argc, argv);
+}

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "app/Registrations.h"
+#include "scripts/LibraryDocument.h"
+#include "support/MidiServer.h"
+#include "unit/scripts/LibraryHome.h"
+
+#include <QQmlApplicationEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+/// The main window as the program shows it, with a home folder and settings of its own. A test
+/// makes one after the boxes that it needs, finds what a user sees by object name, accessible name
+/// or text, and acts by mouse and key events. Declare a MidiServer first.
+class WindowFixture
+{
+public:
+    using Library = QList<scripts::Script>;
+
+    static constexpr int TimeoutMs = 20000;
+
+    /// Shows the window once `library` is in its file; without one it is a first start.
+    explicit WindowFixture(const std::optional<Library> &library = {});
+    ~WindowFixture();
+    WindowFixture(const WindowFixture &) = delete;
+    WindowFixture &operator=(const WindowFixture &) = delete;
+
+    /// To be called by each test: every warning that it does not announce fails it, those of the
+    /// documents above all.
+    static void failOnWarnings();
+
+    [[nodiscard]] QQuickWindow *window() const { return m_window; }
+
+    // What is there. Null or an invalid value where there is no such thing.
+
+    /// Of the window or of a popup, open or not.
+    [[nodiscard]] QObject *object(const QString &objectName) const;
+    [[nodiscard]] QVariant value(const QString &objectName, const char *property) const;
+    [[nodiscard]] QString text(const QString &objectName) const;
+    [[nodiscard]] bool isOpen(const QString &popup) const;
+    /// What an icon is drawn with.
+    [[nodiscard]] qreal iconOpacity(const QString &objectName) const;
+
+    // What can be seen, the uppermost first.
+
+    [[nodiscard]] QQuickItem *item(const QString &objectName) const;
+    [[nodiscard]] QQuickItem *itemCalled(const QString &accessibleName) const;
+    [[nodiscard]] QQuickItem *itemSaying(const QString &text) const;
+    /// The texts of a list's rows from top to bottom.
+    [[nodiscard]] QStringList rows(const QString &listName) const;
+    [[nodiscard]] QString focusedName() const;
+
+    // What a user does. A missing item fails the test.
+
+    void click(QQuickItem *item) const;
+    void click(const QString &objectName) const { click(item(objectName)); }
+    void hover(const QString &objectName) const;
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const;
+    /// Types text of one line in ASCII.
+    void type(const QString &text) const;
+
+    // What came of it
+
+    [[nodiscard]] const LibraryHome &home() const { return m_home; }
+    /// What the library file holds now.
+    [[nodiscard]] Library savedLibrary() const;
+    [[nodiscard]] QStringList savedNames() const;
+    /// Leaves a picture of the window in the build folder, as NAME.png.
+    void takePicture(const QString &name) const;
+
+private:
+    [[nodiscard]] QQuickItem *find(const std::function<bool(QQuickItem *)> &wanted) const;
+
+    LibraryHome m_home;
+    std::unique_ptr<NativeObjects> m_objects; ///< outlives the engine
+    std::unique_ptr<QQmlApplicationEngine> m_engine;
+    QQuickWindow *m_window = nullptr;
+};
+
+/// Runs the tests of a class on a private MIDI service.
+int runWindowTests(QObject &test, int argc, char **argv);

@@ -1,0 +1,309 @@
+#include "ui/WindowFixture.h"
+
+#include <QMimeData>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace
+{
+
+constexpr int MaxScriptLength = 6900;
+constexpr char TooLong[] = "Script exceeds maximum allowable length (6900 bytes)";
+
+WindowFixture::Library threeScripts()
+{
+    return {{"beta", "# second\n"}, {"Alpha", "# first\n"}, {"gamma", "# third\n"}};
+}
+
+} // namespace
+
+/// The script library in the window: what is done there shows at once and is in the file soon.
+class LibraryWindowTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { WindowFixture::failOnWarnings(); }
+
+    void showsTheDefaultScripts()
+    {
+        const WindowFixture ui;
+        QCOMPARE(ui.window()->title(), "Ostrel Script Editor v1.1.1");
+        QCOMPARE(ui.window()->size(), QSize(1024, 768));
+        QCOMPARE(ui.rows("scriptListView"),
+                 QStringList({"Expression x1", "Flasher", "Merge and Thru", "MIDI Cable Tester",
+                              "Thru x2"}));
+        QVERIFY(ui.text("scriptTextArea").contains("from ostrel import *"));
+        ui.click(ui.itemSaying("Flasher"));
+        QTRY_COMPARE(ui.savedNames().size(), 5);
+        QCOMPARE(ui.text("scriptTextArea"), ui.savedLibrary().at(1).text);
+        ui.takePicture("main");
+    }
+
+    void addsAScript()
+    {
+        const WindowFixture ui(threeScripts());
+        ui.click("plusIcon");
+        QCOMPARE(ui.rows("scriptListView"), QStringList({"beta", "Alpha", "gamma", "NEW SCRIPT"}));
+        QCOMPARE(ui.value("scriptListView", "currentIndex").toInt(), 3);
+        QCOMPARE(ui.text("scriptTextArea"), "from ostrel import *\n\n");
+        QCOMPARE(ui.savedLibrary().last(),
+                 (scripts::Script{"NEW SCRIPT", "from ostrel import *\n\n"}));
+    }
+
+    void deletesAfterAQuestion()
+    {
+        const WindowFixture ui(threeScripts());
+        ui.click(ui.itemSaying("Alpha"));
+        ui.click("minusIcon");
+        QTRY_VERIFY(ui.itemSaying("Delete script 'Alpha'?"));
+        ui.takePicture("delete");
+        ui.press(Qt::Key_Escape);
+        QTest::mouseClick(ui.window(), Qt::LeftButton, {}, QPoint(20, 400));
+        QVERIFY(ui.isOpen("okCancelDialog"));
+        ui.click(ui.itemSaying("Cancel"));
+        QTRY_VERIFY(!ui.isOpen("okCancelDialog"));
+        QCOMPARE(ui.rows("scriptListView").size(), 3);
+
+        ui.click("minusIcon");
+        QTRY_VERIFY(ui.isOpen("okCancelDialog"));
+        ui.press(Qt::Key_Return);
+        QTRY_VERIFY(!ui.isOpen("okCancelDialog"));
+        QTRY_COMPARE(ui.rows("scriptListView"), QStringList({"beta", "gamma"}));
+        QCOMPARE(ui.text("scriptTextArea"), "# third\n");
+        QCOMPARE(ui.savedNames(), QStringList({"beta", "gamma"}));
+    }
+
+    void endsWithoutScripts()
+    {
+        const WindowFixture ui(WindowFixture::Library{{"only", "# one\n"}});
+        ui.click("minusIcon");
+        QTRY_VERIFY(ui.isOpen("okCancelDialog"));
+        ui.click(ui.itemSaying("OK"));
+        QTRY_COMPARE(ui.rows("scriptListView"), QStringList());
+        QCOMPARE(ui.text("scriptTextArea"), "");
+        QVERIFY(ui.value("scriptTextArea", "readOnly").toBool());
+        ui.takePicture("main-empty");
+
+        ui.click("minusIcon");
+        QTRY_VERIFY(ui.itemSaying("Delete script ''?"));
+        ui.press(Qt::Key_Return);
+        QTRY_VERIFY(!ui.isOpen("okCancelDialog"));
+        ui.click("plusIcon");
+        QTRY_COMPARE(ui.rows("scriptListView"), QStringList("NEW SCRIPT"));
+        QVERIFY(!ui.value("scriptTextArea", "readOnly").toBool());
+        QCOMPARE(ui.text("scriptTextArea"), "from ostrel import *\n\n");
+        QCOMPARE(ui.savedNames(), QStringList("NEW SCRIPT"));
+    }
+
+    void sorts_data()
+    {
+        QTest::addColumn<QStringList>("names");
+        QTest::addColumn<QString>("selected");
+        QTest::addColumn<QStringList>("sorted");
+        QTest::addColumn<int>("row");
+        QTest::newRow("follows the selected script")
+            << QStringList{"beta", "Alpha", "alpha"} << "beta"
+            << QStringList{"Alpha", "alpha", "beta"} << 2;
+        QTest::newRow("order of ties")
+            << QStringList{"b", "B", "a"} << "b" << QStringList{"a", "B", "b"} << 2;
+        QTest::newRow("first of equal names")
+            << QStringList{"x", "c", "x"} << "c" << QStringList{"c", "x", "x"} << 0;
+    }
+
+    void sorts()
+    {
+        QFETCH(QStringList, names);
+        QFETCH(QString, selected);
+        QFETCH(QStringList, sorted);
+        QFETCH(int, row);
+        WindowFixture::Library library;
+        for (const QString &name : names)
+            library.append({name, "# " + name});
+        const WindowFixture ui(library);
+        ui.click(ui.itemSaying(selected));
+        ui.click("sortIcon");
+        QTRY_COMPARE(ui.rows("scriptListView"), sorted);
+        QCOMPARE(ui.value("scriptListView", "currentIndex").toInt(), row);
+        QCOMPARE(ui.text("scriptTextArea"), "# " + selected);
+        QTRY_COMPARE(ui.savedNames(), sorted);
+    }
+
+    void renamesInPlace()
+    {
+        const WindowFixture ui(threeScripts());
+        ui.click(ui.itemSaying("gamma"));
+        QCOMPARE(ui.value("scriptListView", "currentIndex").toInt(), 2);
+        QCOMPARE(ui.text("scriptTextArea"), "# third\n");
+        ui.press(Qt::Key_A, Qt::ControlModifier);
+        ui.type("Delay <b>");
+        QCOMPARE(ui.rows("scriptListView").last(), "Delay <b>");
+        QTRY_COMPARE(ui.savedNames().last(), "Delay <b>");
+        ui.press(Qt::Key_Return);
+        QCOMPARE(ui.focusedName(), "Delay <b>"); // the row, no longer its name
+        ui.press(Qt::Key_Up);
+        QCOMPARE(ui.text("scriptTextArea"), "# first\n");
+        ui.press(Qt::Key_F2);
+        ui.type("Tape");
+        ui.press(Qt::Key_Escape);
+        ui.press(Qt::Key_End);
+        QCOMPARE(ui.savedNames(), QStringList({"beta", "Tape", "Delay <b>"}));
+    }
+
+    void keepsWhatIsTyped()
+    {
+        const WindowFixture ui(threeScripts());
+        ui.click("scriptTextArea");
+        ui.press(Qt::Key_Home, Qt::ControlModifier);
+        ui.press(Qt::Key_Tab);
+        ui.type("print(1)");
+        ui.press(Qt::Key_Return);
+        const QString edited = "    print(1)\n# second\n";
+        QCOMPARE(ui.text("scriptTextArea"), edited);
+        QVERIFY(ui.itemSaying("3:"));
+        QVERIFY(!ui.itemSaying("4:"));
+        QTRY_COMPARE(ui.savedLibrary().first().text, edited); // without any further action
+
+        ui.type("# two");
+        ui.click(ui.itemSaying("gamma"));
+        QTRY_COMPARE(ui.savedLibrary().first().text, "    print(1)\n# two# second\n");
+        ui.click(ui.itemSaying("beta"));
+        QCOMPARE(ui.text("scriptTextArea"), "    print(1)\n# two# second\n");
+    }
+
+    void keepsTheCursorInView()
+    {
+        WindowFixture::Library library{{"long", QString("# line\n").repeated(400)}};
+        library.first().text += QString("# wide ").repeated(60);
+        const WindowFixture ui(library);
+        ui.click("scriptTextArea");
+        const QQuickItem *const editor = ui.item("scriptTextArea");
+        QVERIFY(editor);
+        const auto cursorIsInView = [&] {
+            const QQuickItem *const view = editor->parentItem()->parentItem();
+            const QRectF cursor = editor->property("cursorRectangle").toRectF();
+            const QPointF place = editor->mapToItem(view, cursor.center());
+            return QRectF(0, 0, view->width(), view->height()).contains(place);
+        };
+        const std::pair<Qt::Key, Qt::KeyboardModifiers> keys[] = {
+            {Qt::Key_End, Qt::ControlModifier},
+            {Qt::Key_PageUp, {}},
+            {Qt::Key_Home, {}},
+            {Qt::Key_PageDown, {}},
+            {Qt::Key_Down, {}},
+            {Qt::Key_Home, Qt::ControlModifier}};
+        for (const auto &[key, modifiers] : keys) {
+            ui.press(key, modifiers);
+            QTRY_VERIFY2(cursorIsInView(), qPrintable(QKeySequence(key).toString()));
+        }
+        ui.press(Qt::Key_End, Qt::ControlModifier);
+        QTRY_VERIFY(ui.itemSaying("401:"));
+        ui.takePicture("main-long-script");
+    }
+
+    void warnsOfTooLongAScript()
+    {
+        const WindowFixture ui(
+            WindowFixture::Library{{"full", QString(MaxScriptLength - 1, '#')}, {"other", ""}});
+        ui.click("scriptTextArea");
+        ui.press(Qt::Key_Home);
+        ui.type("#");
+        QVERIFY(!ui.isOpen("messageDialog"));
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            ui.type("#");
+            QTRY_VERIFY(ui.itemSaying(TooLong));
+            if (attempt == 0)
+                ui.takePicture("too-long");
+            ui.press(Qt::Key_Return);
+            QTRY_VERIFY(!ui.itemSaying(TooLong));
+        }
+        ui.click(ui.itemSaying("other"));
+        QTRY_COMPARE(ui.savedLibrary().first().text.size(), MaxScriptLength + 2);
+    }
+
+    void takesDroppedFiles()
+    {
+        const QTemporaryDir folder;
+        const auto write = [&](const QString &name, const QByteArray &content) {
+            QFile file(folder.filePath(name));
+            if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+                qFatal("The test's own file cannot be written");
+            return QUrl::fromLocalFile(file.fileName());
+        };
+        const WindowFixture ui(threeScripts());
+        drop(ui, {write("Chorus.py", "# \xC3\xBC\r\n"), write("Echo.py", "# echo\n")});
+        QTRY_COMPARE(ui.rows("scriptListView"),
+                     QStringList({"beta", "Alpha", "gamma", "Chorus", "Echo"}));
+        QCOMPARE(ui.text("scriptTextArea"), "# echo\n");
+        QCOMPARE(ui.savedLibrary().at(3).text, QStringLiteral("# \u00FC\n"));
+
+        drop(ui, {write("picture.py", QByteArray("\x89PNG\0", 5))});
+        QTRY_VERIFY(ui.itemSaying("\"picture.py\" is not a text file in UTF-8."));
+        ui.press(Qt::Key_Return);
+        QTRY_VERIFY(!ui.itemSaying("\"picture.py\" is not a text file in UTF-8."));
+        QCOMPARE(ui.savedNames().size(), 5);
+    }
+
+    void isUsableByKeyboard()
+    {
+        const WindowFixture ui(threeScripts());
+        QStringList order;
+        while (order.size() < 20 && (order.isEmpty() || order.first() != ui.focusedName())) {
+            order << ui.focusedName();
+            if (order.last() == "Script editor") // there, Tab inserts blanks
+                ui.click("messageTextArea");
+            else
+                ui.press(Qt::Key_Tab);
+        }
+        QCOMPARE(order.join(", "),
+                 "beta, Download Scripts, Read Guide, Script editor, Message log, "
+                 "Device, Sort scripts, Delete script, Add script");
+        QCOMPARE(ui.text("scriptTextArea"), "# second\n");
+        ui.click("messageTextArea");
+        ui.press(Qt::Key_Backtab, Qt::ShiftModifier);
+        QCOMPARE(ui.focusedName(), "Clear");
+        ui.press(Qt::Key_Backtab, Qt::ShiftModifier);
+        QCOMPARE(ui.focusedName(), "Script editor");
+        ui.press(Qt::Key_Backtab, Qt::ShiftModifier);
+        QCOMPARE(ui.focusedName(), "Read Guide");
+        ui.press(Qt::Key_Return);
+        QTRY_VERIFY(ui.item("helpTextArea"));
+    }
+
+    void obeysShortcuts()
+    {
+        const WindowFixture ui(threeScripts());
+        ui.press(Qt::Key_N, Qt::ControlModifier);
+        QCOMPARE(ui.rows("scriptListView").last(), "NEW SCRIPT");
+        ui.press(Qt::Key_L, Qt::ControlModifier);
+        QCOMPARE(ui.rows("scriptListView"), QStringList({"Alpha", "beta", "gamma", "NEW SCRIPT"}));
+        ui.press(Qt::Key_Delete, Qt::ControlModifier | Qt::ShiftModifier);
+        QTRY_VERIFY(ui.itemSaying("Delete script 'NEW SCRIPT'?"));
+        ui.press(Qt::Key_Return);
+        QTRY_COMPARE(ui.rows("scriptListView").size(), 3);
+        ui.click("messageTextArea");
+        ui.type("my own note");
+        ui.press(Qt::Key_K, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(ui.text("messageTextArea"), "");
+    }
+
+private:
+    static void drop(const WindowFixture &ui, const QList<QUrl> &files)
+    {
+        QMimeData data;
+        data.setUrls(files);
+        const QQuickItem *const list = ui.item("scriptListView");
+        const QPointF place = list->mapToScene({list->width() / 2, list->height() / 2});
+        QDragEnterEvent enter(place.toPoint(), Qt::CopyAction, &data, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(ui.window(), &enter);
+        QDropEvent drop(place, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(ui.window(), &drop);
+    }
+};
+
+int main(int argc, char *argv[])
+{
+    LibraryWindowTest test;
+    return runWindowTests(test, argc, argv);
+}
+#include "tst_librarywindow.moc"
