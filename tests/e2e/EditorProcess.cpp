@@ -1,0 +1,90 @@
+#include "e2e/EditorProcess.h"
+
+#include "support/ChildProcess.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+namespace
+{
+
+constexpr char LogPattern[] = "%{category}: %{message}";
+constexpr char OwnCategories[] = "ostrel.";
+
+} // namespace
+
+EditorProcess::EditorProcess()
+    : m_environment(QProcessEnvironment::systemEnvironment())
+{
+    setEnvironment("HOME", m_home.path());
+    setEnvironment("XDG_CONFIG_HOME", homePath("config"));
+    setEnvironment("XDG_DATA_HOME", homePath("data"));
+    setEnvironment("XDG_CACHE_HOME", homePath("cache"));
+    setEnvironment("QT_QPA_PLATFORM", "offscreen");
+    setEnvironment("QT_QUICK_BACKEND", "software");
+    setEnvironment("QT_MESSAGE_PATTERN", LogPattern);
+    m_process.setProcessChannelMode(QProcess::MergedChannels);
+    testsupport::endWithParent(m_process);
+}
+
+EditorProcess::~EditorProcess()
+{
+    testsupport::stop(m_process);
+}
+
+void EditorProcess::setEnvironment(const QString &name, const QString &value)
+{
+    m_environment.insert(name, value);
+}
+
+bool EditorProcess::start()
+{
+    m_output.clear();
+    m_process.setProcessEnvironment(m_environment);
+    m_process.start(OSTREL_EDITOR_PROGRAM, QStringList());
+    return m_process.waitForStarted();
+}
+
+void EditorProcess::kill()
+{
+    if (m_process.state() == QProcess::NotRunning)
+        return;
+    m_process.kill();
+    m_process.waitForFinished();
+}
+
+QStringList EditorProcess::log()
+{
+    m_output += m_process.readAll();
+    return QString::fromUtf8(m_output).split('\n').filter(
+        QRegularExpression('^' + QRegularExpression::escape(OwnCategories)));
+}
+
+QString EditorProcess::libraryFolder() const
+{
+    return homePath("data/ZEVMusicTechnology/Ostrel Editor");
+}
+
+QString EditorProcess::libraryPath() const
+{
+    return libraryFolder() + "/OSTScripts.json";
+}
+
+QString EditorProcess::settingsPath() const
+{
+    return homePath("config/ZEVMusicTechnology/Ostrel Editor.conf");
+}
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeFile(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) &&
+           file.write(content) == content.size();
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QProcess>
+#include <QTemporaryDir>
+
+/// The built editor as a process without a display, in a home folder of its own. The folder stays
+/// as long as the object, so that the editor can be started again in it.
+class EditorProcess
+{
+public:
+    EditorProcess();
+    ~EditorProcess();
+    EditorProcess(const EditorProcess &) = delete;
+    EditorProcess &operator=(const EditorProcess &) = delete;
+
+    /// For the next start.
+    void setEnvironment(const QString &name, const QString &value);
+
+    [[nodiscard]] bool start();
+    /// Ends it at once, as a crash or a power cut does.
+    void kill();
+
+    [[nodiscard]] QProcess &process() { return m_process; }
+    /// What the editor's own log categories wrote since the start, a line each.
+    [[nodiscard]] QStringList log();
+
+    [[nodiscard]] QString homePath(const QString &name) const { return m_home.filePath(name); }
+    [[nodiscard]] QString libraryFolder() const;
+    [[nodiscard]] QString libraryPath() const;
+    [[nodiscard]] QString settingsPath() const;
+
+private:
+    QTemporaryDir m_home;
+    QProcessEnvironment m_environment;
+    QProcess m_process;
+    QByteArray m_output;
+};
+
+/// All of a file; empty where there is none.
+[[nodiscard]] QByteArray contentOf(const QString &path);
+/// Writes a file and the folders above it. False when that failed.
+[[nodiscard]] bool writeFile(const QString &path, const QByteArray &content);
