@@ -1,9 +1,9 @@
 import QtQuick
 import QtQuick.Controls
 import OstrelEditor
+import Scripts
 
-/// What the box prints and what the editor did with it. Text that comes in quick succession is
-/// added once per frame, so that a flood of it leaves the window usable.
+/// What the box prints and what the editor did with it.
 Item {
     id: root
 
@@ -11,14 +11,11 @@ Item {
 
     /// Adds `text` at the end, as it is.
     function append(text: string) {
-        pending.text += text;
-        if (!pending.running)
-            pending.flush();
+        appender.append(text);
     }
 
     function clear() {
-        pending.text = "";
-        messageTextArea.clear();
+        appender.clear();
     }
 
     PaneBar {
@@ -38,19 +35,33 @@ Item {
         }
     }
 
-    ScrollView {
-        id: scrollView
+    // Not a ScrollView: that lays its text area out so that all of the text is drawn, seen or not.
+    Flickable {
+        id: view
+
+        function showEnd() {
+            contentY = Math.max(0, contentHeight - height);
+        }
 
         anchors.top: bar.bottom
         anchors.bottom: parent.bottom
         width: parent.width
+        clip: true
+        boundsBehavior: Flickable.StopAtBounds
+        contentWidth: width
+        contentHeight: messageTextArea.height
+
+        ScrollBar.vertical: ScrollBar {}
 
         TextArea {
             id: messageTextArea
 
             objectName: "messageTextArea"
+            width: view.width
+            height: Math.max(view.height, contentHeight + topPadding + bottomPadding)
             textFormat: TextEdit.PlainText
-            wrapMode: TextEdit.NoWrap
+            // Without wrapping the whole log would be laid out anew with each line.
+            wrapMode: TextEdit.Wrap
             selectByMouse: true
             color: palette.windowText
             background: Rectangle {
@@ -74,23 +85,10 @@ Item {
         opacity: Theme.normalIconOpacity
     }
 
-    Timer {
-        id: pending
+    TextAppender {
+        id: appender
 
-        /// As much as is added at once, in characters: more would hold up a frame.
-        readonly property int portion: 8192
-        property string text: ""
-
-        function flush() {
-            if (!text)
-                return;
-            messageTextArea.insert(messageTextArea.length, text.slice(0, portion));
-            text = text.slice(portion);
-            messageTextArea.cursorPosition = messageTextArea.length;
-            start();
-        }
-
-        interval: 16
-        onTriggered: flush()
+        onAppended: view.showEnd()
+        Component.onCompleted: setDocumentFromQML(messageTextArea.textDocument)
     }
 }

@@ -2,6 +2,7 @@
 
 #include "scripts/ScriptFile.h"
 #include "scripts/ScriptListModel.h"
+#include "scripts/TextAppender.h"
 
 #include <QtQml/qqml.h>
 
@@ -17,4 +18,11 @@ struct ScriptFileElement
     Q_GADGET
     QML_FOREIGN(ScriptFile)
     QML_NAMED_ELEMENT(ScriptFile)
+};
+
+struct TextAppenderElement
+{
+    Q_GADGET
+    QML_FOREIGN(TextAppender)
+    QML_NAMED_ELEMENT(TextAppender)
 };

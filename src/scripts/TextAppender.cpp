@@ -1,0 +1,67 @@
+#include "scripts/TextAppender.h"
+
+#include <QQuickItem>
+#include <QQuickTextDocument>
+#include <QTextCursor>
+
+TextAppender::TextAppender(QObject *parent)
+    : QObject(parent)
+{
+    m_timer.setInterval(IntervalMs);
+    m_timer.setSingleShot(true);
+    connect(&m_timer, &QTimer::timeout, this, &TextAppender::flush);
+}
+
+void TextAppender::setDocumentFromQML(QQuickTextDocument *document)
+{
+    m_document = document ? document->textDocument() : nullptr;
+    if (!m_document)
+        return;
+    m_document->setUndoRedoEnabled(false);
+    // A text area does this itself only for a long text that it is given whole.
+    if (auto *area = qobject_cast<QQuickItem *>(document->parent()))
+        area->setFlag(QQuickItem::ItemObservesViewport);
+}
+
+void TextAppender::append(const QString &text)
+{
+    m_pending += text;
+    // A single line is shown at once; a stream of them waits for the next frame.
+    if (!m_timer.isActive())
+        flush();
+}
+
+void TextAppender::clear()
+{
+    m_pending.clear();
+    m_done = 0;
+    if (m_document)
+        m_document->clear();
+}
+
+void TextAppender::flush()
+{
+    const qsizetype length = nextPortion();
+    if (!m_document || length == 0)
+        return;
+    QTextCursor cursor(m_document);
+    cursor.movePosition(QTextCursor::End);
+    cursor.insertText(m_pending.sliced(m_done, length));
+    m_done += length;
+    if (m_done == m_pending.size()) {
+        m_pending.clear();
+        m_done = 0;
+    }
+    m_timer.start();
+    emit appended();
+}
+
+qsizetype TextAppender::nextPortion() const
+{
+    const qsizetype left = m_pending.size() - m_done;
+    const qsizetype length = std::min(left, MaxPortion);
+    // The two characters of one line end stay together, or they would become two.
+    const bool cutsLineEnd = length < left && m_pending[m_done + length - 1] == u'\r' &&
+                             m_pending[m_done + length] == u'\n';
+    return cutsLineEnd ? length + 1 : length;
+}
