@@ -115,7 +115,19 @@ ApplicationWindow {
         updater.midiObj = midi;
         connectedDeviceListModel.inputPortName = isApple ? "Ostrel OST Internal" : "MIDIIN4 (Ostrel)";
         connectedDeviceListModel.outputPortName = isApple ? "Ostrel OST Internal" : "MIDIOUT6 (Ostrel)";
+        // No other product's box is ever to be written to.
+        connectedDeviceListModel.addProductIDToList(ConnectedDeviceListModel.Ostrel);
         updateScriptText();
+    }
+
+    onClosing: close => {
+        if (!updater.transferActive)
+            return;
+        const dialog = headerBar.chooser.updateDialog;
+        close.accepted = dialog.closeAttempted;
+        if (close.accepted)
+            updater.cancelUpdate();
+        dialog.closeAttempted = true;
     }
 
     MIDI {

@@ -11,6 +11,10 @@ Dialog {
     required property FirmwareUpdate firmwareUpdate
     property bool startOnOpen: false
     property bool done: false
+    /// The user tried to close the window while the box was being written to.
+    property bool closeAttempted: false
+
+    readonly property int kibibyte: 1024
 
     signal updateFailed
 
@@ -32,6 +36,16 @@ Dialog {
         updateStatusText.text = msgText;
     }
 
+    function amountSent(): string {
+        if (firmwareUpdate.bytesTotal === 0 || firmwareUpdate.bytesSent === 0)
+            return "";
+        const sent = qsTr("%1 of %2 KiB").arg(Math.floor(firmwareUpdate.bytesSent / kibibyte))
+            .arg(Math.ceil(firmwareUpdate.bytesTotal / kibibyte));
+        if (firmwareUpdate.secondsLeft < 0)
+            return sent;
+        return qsTr("%1, %n second(s) left", "", firmwareUpdate.secondsLeft).arg(sent);
+    }
+
     objectName: "updateDialog"
     parent: Overlay.overlay
     anchors.centerIn: parent
@@ -47,6 +61,7 @@ Dialog {
         updateProgress.value = 0;
         firmwareUpdate.init();
         done = false;
+        closeAttempted = false;
         if (startOnOpen)
             startUpdate();
     }
@@ -67,6 +82,9 @@ Dialog {
             textFormat: Text.PlainText
             wrapMode: Text.Wrap
             color: root.palette.windowText
+
+            Accessible.name: qsTr("Status")
+            Accessible.description: text
         }
 
         ProgressBar {
@@ -75,6 +93,33 @@ Dialog {
             objectName: "updateProgress"
             Layout.fillWidth: true
             Layout.preferredHeight: 30
+
+            Accessible.name: qsTr("Progress")
+
+            Behavior on value {
+                enabled: root.visible
+
+                NumberAnimation {
+                    duration: 150
+                }
+            }
+        }
+
+        Label {
+            objectName: "updateAmountText"
+            Layout.fillWidth: true
+            text: root.amountSent()
+            color: root.palette.midlight
+            visible: text !== ""
+        }
+
+        Label {
+            objectName: "updateCloseNote"
+            Layout.fillWidth: true
+            text: qsTr("Closing now would leave your device without working firmware until the next update. "
+                + "Press Cancel to stop the update. Closing the window once more stops it and closes the editor.")
+            wrapMode: Text.Wrap
+            visible: root.closeAttempted
         }
     }
 
