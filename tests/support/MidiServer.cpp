@@ -43,20 +43,11 @@ MidiServer::MidiServer()
 
     endWithParent(m_process);
     m_process.setProcessChannelMode(QProcess::MergedChannels);
-    // Servers that start at the same moment may get in each other's way.
-    for (int attempt = 0; attempt < StartAttempts && !m_running; ++attempt) {
-        stop(m_process);
-        m_running = start();
-    }
-}
-
-bool MidiServer::start()
-{
     // Synchronous, because the asynchronous mode loses messages under load.
     m_process.start("jackd", {"-n", QString::fromLatin1(m_name), "-S", "-r", "-d", "dummy", "-r",
                               "48000", "-p", "256"});
-    return m_process.waitForStarted() && waitUntilUp(m_name) &&
-           m_process.state() == QProcess::Running;
+    m_running =
+        m_process.waitForStarted() && waitUntilUp(m_name) && m_process.state() == QProcess::Running;
 }
 
 MidiServer::~MidiServer()

@@ -29,9 +29,6 @@ public:
     void kill();
 
 private:
-    [[nodiscard]] bool start();
-
-    static constexpr int StartAttempts = 5;
     static constexpr std::array<const char *, 3> Variables{
         "JACK_DEFAULT_SERVER", "JACK_NO_START_SERVER", "OSTREL_MIDI_API"};
 
