@@ -48,7 +48,6 @@ Rectangle {
                 anchors.bottom: parent.bottom
                 anchors.bottomMargin: 8
                 source: "/assets/AppTitle.svg"
-                sourceSize: Qt.size(implicitWidth, implicitHeight)
 
                 Accessible.role: Accessible.Graphic
                 Accessible.name: qsTr("Ostrel Script Editor")

@@ -22,7 +22,6 @@ Item {
 
         anchors.centerIn: parent
         source: root.icon
-        sourceSize: Qt.size(implicitWidth, implicitHeight)
         opacity: {
             if (!root.action.enabled)
                 return Theme.disabledIconOpacity;

@@ -81,7 +81,6 @@ Item {
         anchors.bottom: parent.bottom
         anchors.margins: 10
         source: "/assets/ZEVLogo.svg"
-        sourceSize: Qt.size(implicitWidth, implicitHeight)
         opacity: Theme.normalIconOpacity
     }
 

@@ -16,6 +16,5 @@ Rectangle {
     Image {
         anchors.centerIn: parent
         source: "/assets/DragHandle.svg"
-        sourceSize: Qt.size(implicitWidth, implicitHeight)
     }
 }

@@ -11,6 +11,7 @@ FocusScope {
 
     signal selected
     signal renamed(string name)
+    signal stepped(int rows)
 
     function editName() {
         nameField.forceActiveFocus();
@@ -73,11 +74,11 @@ FocusScope {
         Keys.onEscapePressed: root.leaveName()
         Keys.onUpPressed: {
             root.leaveName();
-            root.ListView.view.stepBy(-1);
+            root.stepped(-1);
         }
         Keys.onDownPressed: {
             root.leaveName();
-            root.ListView.view.stepBy(1);
+            root.stepped(1);
         }
     }
 }

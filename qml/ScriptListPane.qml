@@ -49,7 +49,6 @@ ColumnLayout {
             x: 5
             anchors.verticalCenter: parent.verticalCenter
             source: "/assets/ScriptIcon.svg"
-            sourceSize: Qt.size(implicitWidth, implicitHeight)
         }
 
         Repeater {
@@ -120,6 +119,7 @@ ColumnLayout {
 
             onSelected: scriptListView.currentIndex = index
             onRenamed: name => root.model.modifyScriptName(index, name)
+            onStepped: rows => scriptListView.stepBy(rows)
         }
 
         DropArea {

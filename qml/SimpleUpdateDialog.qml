@@ -13,6 +13,8 @@ Dialog {
     property bool done: false
     /// The user tried to close the window while the box was being written to.
     property bool closeAttempted: false
+    property string statusText: ""
+    property real progressShown: 0
 
     readonly property int kibibyte: 1024
 
@@ -24,7 +26,7 @@ Dialog {
             done = true;
             close();
         } else {
-            updateProgress.value = progress;
+            progressShown = progress;
         }
     }
 
@@ -33,7 +35,7 @@ Dialog {
     }
 
     function statusMessage(msgText: string) {
-        updateStatusText.text = msgText;
+        statusText = msgText;
     }
 
     function amountSent(): string {
@@ -43,7 +45,7 @@ Dialog {
             .arg(Math.ceil(firmwareUpdate.bytesTotal / kibibyte));
         if (firmwareUpdate.secondsLeft < 0)
             return sent;
-        return qsTr("%1, %n second(s) left", "", firmwareUpdate.secondsLeft).arg(sent);
+        return qsTr("%1, about %2 s left").arg(sent).arg(firmwareUpdate.secondsLeft);
     }
 
     objectName: "updateDialog"
@@ -55,10 +57,17 @@ Dialog {
     focus: true
     closePolicy: Popup.NoAutoClose
     standardButtons: Dialog.Cancel
+    footer: DialogButtons {}
+
+    background: Rectangle {
+        color: root.palette.dark
+        border.color: root.palette.light
+        border.width: 2
+    }
 
     onOpened: {
-        updateStatusText.text = "";
-        updateProgress.value = 0;
+        statusText = "";
+        progressShown = 0;
         firmwareUpdate.init();
         done = false;
         closeAttempted = false;
@@ -74,11 +83,10 @@ Dialog {
         spacing: 20
 
         Label {
-            id: updateStatusText
-
             objectName: "updateStatusText"
             Layout.fillWidth: true
             Layout.preferredHeight: 30
+            text: root.statusText
             textFormat: Text.PlainText
             wrapMode: Text.Wrap
             color: root.palette.windowText
@@ -88,11 +96,10 @@ Dialog {
         }
 
         ProgressBar {
-            id: updateProgress
-
             objectName: "updateProgress"
             Layout.fillWidth: true
             Layout.preferredHeight: 30
+            value: root.progressShown
 
             Accessible.name: qsTr("Progress")
 

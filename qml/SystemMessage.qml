@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import QtQuick.Dialogs
 
@@ -18,7 +20,8 @@ Loader {
     sourceComponent: MessageDialog {
         objectName: "messageDialog"
         text: root.text
-        buttons: MessageDialog.Ok
+        // The linter of Qt 6.4 does not know the buttons of this dialog.
+        buttons: MessageDialog.Ok // qmllint disable
     }
 
     // Where the system has no such dialog, one takes its place that knows Escape only.

@@ -54,8 +54,6 @@ ComboBox {
     }
 
     popup: Popup {
-        id: list
-
         y: control.height + control.popupDistance
         z: 50
         width: control.width
@@ -65,7 +63,7 @@ ComboBox {
         contentItem: ListView {
             clip: true
             implicitHeight: contentHeight
-            model: list.visible ? control.delegateModel : null
+            model: control.popup.visible ? control.delegateModel : null
             currentIndex: control.highlightedIndex
 
             ScrollIndicator.vertical: ZEVComboBoxScrollIndicator {

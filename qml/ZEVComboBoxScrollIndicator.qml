@@ -8,9 +8,8 @@ ScrollIndicator {
     id: root
 
     required property ComboBox comboBox
-    // Looked up as plain values, because the type has no such properties.
-    readonly property var boxSize: root.comboBox["size"]
-    readonly property bool boxActive: root.comboBox["active"] === true
+    readonly property var boxSize: root.comboBox["size"] // qmllint disable
+    readonly property bool boxActive: root.comboBox["active"] === true // qmllint disable
 
     contentItem: Rectangle {
         implicitWidth: 2

@@ -25,8 +25,8 @@ class FirmwareUpdate : public QObject
     Q_PROPERTY(QtRtMIDI *midiObj READ midiObj WRITE setMidiObj NOTIFY midiObjChanged FINAL)
     /// The box is being written to, or about to be.
     Q_PROPERTY(bool transferActive READ transferActive NOTIFY transferActiveChanged FINAL)
-    Q_PROPERTY(quint32 bytesSent READ bytesSent NOTIFY transferChanged FINAL)
-    Q_PROPERTY(quint32 bytesTotal READ bytesTotal NOTIFY transferChanged FINAL)
+    Q_PROPERTY(int bytesSent READ bytesSent NOTIFY transferChanged FINAL)
+    Q_PROPERTY(int bytesTotal READ bytesTotal NOTIFY transferChanged FINAL)
     /// -1 as long as it cannot be known.
     Q_PROPERTY(int secondsLeft READ secondsLeft NOTIFY transferChanged FINAL)
 
@@ -91,8 +91,8 @@ public:
     [[nodiscard]] State updateState() const { return m_state; }
 
     [[nodiscard]] bool transferActive() const;
-    [[nodiscard]] quint32 bytesSent() const { return m_estimate.bytesSent(); }
-    [[nodiscard]] quint32 bytesTotal() const { return m_estimate.bytesTotal(); }
+    [[nodiscard]] int bytesSent() const { return static_cast<int>(m_estimate.bytesSent()); }
+    [[nodiscard]] int bytesTotal() const { return static_cast<int>(m_estimate.bytesTotal()); }
     [[nodiscard]] int secondsLeft() const { return m_estimate.secondsLeft(); }
 
 public slots:

@@ -462,13 +462,13 @@ void TestFirmwareUpdate::transferIsMeasured()
     Stage stage(1024, Bootloader);
     QSignalSpy changes(&stage.updater, &FirmwareUpdate::transferChanged);
     stage.play("start");
-    QCOMPARE(stage.updater.bytesTotal(), 1024U);
-    QCOMPARE(stage.updater.bytesSent(), 0U);
+    QCOMPARE(stage.updater.bytesTotal(), 1024);
+    QCOMPARE(stage.updater.bytesSent(), 0);
     QCOMPARE(stage.updater.secondsLeft(), -1);
     stage.play("ack");
-    QCOMPARE(stage.updater.bytesSent(), 512U);
+    QCOMPARE(stage.updater.bytesSent(), 512);
     stage.play("ack");
-    QCOMPARE(stage.updater.bytesSent(), 1024U);
+    QCOMPARE(stage.updater.bytesSent(), 1024);
     QCOMPARE(stage.updater.secondsLeft(), -1);
     QCOMPARE(changes.size(), 3);
 }
