@@ -195,7 +195,7 @@ void TestUpdate::completes_data()
     QTest::addColumn<QString>("line"); // of the box, the sign that the fault has struck
     const QString port = "MIDIIN4 (Ostrel)";
     QTest::newRow("running box") << Running << port << ""
-                                 << "^received update-request$";
+                                 << "^received update-request";
     QTest::newRow("bootloader") << InBootloader << port << ""
                                 << "update-data position=0 ";
     QTest::newRow("bootloader on other ports") << InBootloader << "Gone"
