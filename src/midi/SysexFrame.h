@@ -65,6 +65,7 @@ struct FirmwareVersion
     std::uint8_t minor = 0; ///< 0 to 15
     std::uint8_t point = 0; ///< 0 to 127
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 sees a null pointer where none is.
     auto operator<=>(const FirmwareVersion &) const = default;
 };
 
