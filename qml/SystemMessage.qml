@@ -1,5 +1,3 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import QtQuick.Dialogs
 
@@ -8,18 +6,16 @@ import QtQuick.Dialogs
 Loader {
     id: root
 
-    property string text: ""
-
     function show(message: string) {
-        text = message;
         active = true;
-        (item as MessageDialog).open();
+        const dialog = item as MessageDialog;
+        dialog.text = message;
+        dialog.open();
     }
 
     active: false
     sourceComponent: MessageDialog {
         objectName: "messageDialog"
-        text: root.text
         // The linter of Qt 6.4 does not know the buttons of this dialog.
         buttons: MessageDialog.Ok // qmllint disable
     }

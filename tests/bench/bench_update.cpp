@@ -29,7 +29,7 @@ using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
 constexpr std::uint8_t SysexId = 0;
-constexpr std::size_t PayloadLength = 256 * 1024;
+constexpr std::size_t PayloadLength = std::size_t{256} * 1024;
 constexpr int Runs = 5;
 constexpr auto AnswerTime = 10s;
 constexpr auto RunTime = 120s;

@@ -21,7 +21,7 @@ public:
     /// The address of `path`, which begins with a slash.
     [[nodiscard]] QString url(const QString &path) const;
 
-    void on(const QByteArray &path, Answer answer) { m_answers.insert(path, std::move(answer)); }
+    void on(const QByteArray &path, const Answer &answer) { m_answers.insert(path, answer); }
 
     /// Whether a request has been answered, and whether no connection is open.
     [[nodiscard]] bool hasServed() const { return m_served; }

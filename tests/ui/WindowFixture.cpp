@@ -47,7 +47,7 @@ QList<QQuickItem *> fromTopToBottom(QList<QQuickItem *> items)
 QString textBelow(const QQuickItem *item)
 {
     for (QQuickItem *child : item->childItems()) {
-        const QString text = child->property("text").toString();
+        QString text = child->property("text").toString();
         if (!text.isEmpty())
             return text;
     }
@@ -58,9 +58,10 @@ QQuickItem *findBelow(QQuickItem *item, const std::function<bool(QQuickItem *)> 
 {
     if (!item->isVisible())
         return nullptr;
-    const QList<QQuickItem *> children = item->childItems();
-    for (auto child = children.crbegin(); child != children.crend(); ++child) {
-        if (QQuickItem *found = findBelow(*child, wanted))
+    QList<QQuickItem *> fromFront = item->childItems();
+    std::ranges::reverse(fromFront);
+    for (QQuickItem *child : std::as_const(fromFront)) {
+        if (QQuickItem *found = findBelow(child, wanted))
             return found;
     }
     return wanted(item) ? item : nullptr;
