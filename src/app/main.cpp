@@ -1,4 +1,5 @@
 #include "app/Registrations.h"
+#include "process/TerminationSignals.h"
 
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
@@ -26,6 +27,9 @@ int main(int argc, char *argv[])
     setApplicationIdentity();
     QQuickStyle::setStyle(QStringLiteral("Basic"));
     registerUserInterface(engine, objects);
+    process::quitOnTerminationSignals();
+    QObject::connect(&app, &QCoreApplication::aboutToQuit, &objects.firmwareUpdate,
+                     &FirmwareUpdate::cancelUpdate);
     loadMainWindow(engine);
     return QGuiApplication::exec();
 }

@@ -137,8 +137,8 @@ bool BoxRunner::openPorts()
         return false;
     }
     for (const BoxPorts::PairNames &pair : BoxPorts::Pairs) {
-        say("port " + quoted(pair.toComputer));
-        say("port " + quoted(pair.toBox));
+        say("port " + inQuotes(pair.toComputer));
+        say("port " + inQuotes(pair.toBox));
     }
     return true;
 }

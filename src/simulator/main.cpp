@@ -1,7 +1,7 @@
+#include "process/TerminationSignals.h"
 #include "simulator/BoxOptions.h"
 #include "simulator/BoxRunner.h"
 #include "simulator/CommandInput.h"
-#include "simulator/TerminationSignals.h"
 
 #include <QCoreApplication>
 
@@ -30,7 +30,7 @@ int main(int argc, char *argv[])
         return 0;
     }
 
-    simulator::quitOnTerminationSignals();
+    process::quitOnTerminationSignals();
     simulator::BoxRunner runner(options);
     if (!runner.start())
         return NoPorts;
