@@ -47,15 +47,32 @@ void enlargeBuffers([[maybe_unused]] RtMidiIn &input)
 #endif
 }
 
+/// The library takes JACK without a server, too, but then has no ports and never gets any.
+std::unique_ptr<JackService> connectToJack(const ClientNames &names)
+{
+    if (names.watch.empty())
+        return nullptr;
+    auto jack = JackService::connect(names.watch);
+    if (!jack)
+        throw RtMidiError("no JACK server is running", RtMidiError::DRIVER_ERROR);
+    return jack;
+}
+
 bool create(RtMidi::Api api, const ClientNames &names, MidiClients &clients)
 {
     try {
+        std::unique_ptr<JackService> jack;
+        if (api == RtMidi::UNIX_JACK)
+            jack = connectToJack(names);
         auto input = std::make_unique<RtMidiIn>(api, names.input, QueueLimit);
         input->ignoreTypes(false, true, true);
         enlargeBuffers(*input);
         const RtMidi::Api used = input->getCurrentApi();
+        if (used == RtMidi::UNIX_JACK && !jack)
+            jack = connectToJack(names);
         clients.output = std::make_unique<RtMidiOut>(used, names.output);
         clients.input = std::move(input);
+        clients.jack = std::move(jack);
         clients.nameStyle = nameStyle(used);
         if (used == RtMidi::UNIX_JACK)
             clients.settlingTime = JackSettlingTime;
@@ -83,7 +100,15 @@ RtMidi::Api requestedApi()
 MidiClients::MidiClients() = default;
 MidiClients::MidiClients(MidiClients &&) noexcept = default;
 MidiClients &MidiClients::operator=(MidiClients &&) noexcept = default;
-MidiClients::~MidiClients() = default;
+
+MidiClients::~MidiClients()
+{
+    if (!jack || jack->answers())
+        return;
+    static_cast<void>(input.release());
+    static_cast<void>(output.release());
+    static_cast<void>(jack.release());
+}
 
 MidiClients createMidiClients(const ClientNames &names)
 {
@@ -99,6 +124,15 @@ MidiClients createMidiClients(const ClientNames &names)
             return clients;
     }
     qCInfo(lcMidi) << "no MIDI service:" << clients.error.c_str();
+    return clients;
+}
+
+MidiClients createClientsOfServer(const ClientNames &names)
+{
+    MidiClients clients;
+    const RtMidi::Api requested = requestedApi();
+    if (requested == RtMidi::UNSPECIFIED || requested == RtMidi::UNIX_JACK)
+        create(RtMidi::UNIX_JACK, names, clients);
     return clients;
 }
 

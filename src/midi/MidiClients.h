@@ -1,5 +1,6 @@
 #pragma once
 
+#include "midi/JackService.h"
 #include "midi/PortMatching.h"
 
 #include <chrono>
@@ -17,6 +18,9 @@ struct ClientNames
 {
     std::string input = "KQEditor In";
     std::string output = "KQEditor Out";
+    /// The one that only watches a server. Without a name there is none, and the end of the
+    /// server is not noticed.
+    std::string watch = "KQEditor";
 };
 
 /// The MIDI library's input and output client. Both or neither exist.
@@ -25,8 +29,11 @@ struct MidiClients
     MidiClients();
     MidiClients(MidiClients &&) noexcept;
     MidiClients &operator=(MidiClients &&) noexcept;
+    /// Takes a second for clients of a server that ended. Clients of one that does not answer are
+    /// left to the system, since closing them would wait for it.
     ~MidiClients();
 
+    std::unique_ptr<JackService> jack; ///< on JACK only
     std::unique_ptr<RtMidiIn> input;
     std::unique_ptr<RtMidiOut> output;
     NameStyle nameStyle = NameStyle::Undecorated;
@@ -37,8 +44,13 @@ struct MidiClients
 };
 
 /// Creates the clients with the library's own choice of back end; where that fails, with the first
-/// compiled one that works. Without any, the clients are null and `error` says why. The environment
-/// variable OSTREL_MIDI_API names a back end to use instead. Does not throw.
+/// compiled one that works. JACK without a server does not count as working. Without any, the
+/// clients are null and `error` says why. The environment variable OSTREL_MIDI_API names a back end
+/// to use instead. Does not throw.
 [[nodiscard]] MidiClients createMidiClients(const ClientNames &names = {});
+
+/// The same for a service that came up later, as servers do: asks without a word on standard error,
+/// and so cheaply that it can be done every few seconds.
+[[nodiscard]] MidiClients createClientsOfServer(const ClientNames &names = {});
 
 } // namespace midi

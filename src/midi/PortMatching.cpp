@@ -83,11 +83,6 @@ bool isWindowsNameOfAlsaPort(std::string_view wanted, std::string_view reported)
            alsa->clientAndPort[meant->device.size()] == ':';
 }
 
-bool isOwnPort(NameStyle style, std::string_view reported, unsigned number)
-{
-    return plainName(style, reported, number) == OwnPortName;
-}
-
 /// Hands out outputs to inputs, each output once.
 class Pairing
 {
@@ -163,6 +158,11 @@ std::optional<unsigned> findPort(NameStyle style, std::span<const std::string> n
             return i;
     }
     return std::nullopt;
+}
+
+bool isOwnPort(NameStyle style, std::string_view reported, unsigned number)
+{
+    return plainName(style, reported, number) == OwnPortName;
 }
 
 std::vector<PortPair> pairPorts(NameStyle style, std::span<const std::string> inputs,

@@ -18,6 +18,15 @@ enum class NameStyle { Undecorated, Alsa, Jack, WinMM };
 /// The name under which our own ports are registered.
 inline constexpr std::string_view OwnPortName = "KQEditor MIDI";
 
+/// The names of all ports that the library reports, in its order.
+struct PortNames
+{
+    std::vector<std::string> inputs;
+    std::vector<std::string> outputs;
+
+    bool operator==(const PortNames &) const = default;
+};
+
 /// Port numbers of the library: position in the list of reported names.
 struct PortPair
 {
@@ -36,6 +45,9 @@ struct PortPair
 /// n - 1 of the client Device.
 [[nodiscard]] std::optional<unsigned> findPort(NameStyle style, std::span<const std::string> names,
                                                std::string_view wanted);
+
+/// Whether the port was registered by this editor or another one like it.
+[[nodiscard]] bool isOwnPort(NameStyle style, std::string_view reported, unsigned number);
 
 /// Pairs each input with the output of the same name, identical names in order of appearance:
 /// first by exact names, then, for inputs without a partner, by plain names among the outputs that

@@ -30,7 +30,7 @@ bool attempt(std::string &errorText, Work &&work)
     }
 }
 
-std::vector<std::string> portNames(RtMidi &client)
+std::vector<std::string> allPortNames(RtMidi &client)
 {
     std::vector<std::string> names(client.getPortCount());
     for (unsigned i = 0; i < names.size(); ++i)
@@ -38,10 +38,22 @@ std::vector<std::string> portNames(RtMidi &client)
     return names;
 }
 
+/// Without those that are ours, or those of another editor: they come and go with what is opened.
+std::vector<std::string> foreignPortNames(RtMidi &client, midi::NameStyle style)
+{
+    const std::vector<std::string> all = allPortNames(client);
+    std::vector<std::string> foreign;
+    for (unsigned i = 0; i < all.size(); ++i) {
+        if (!midi::isOwnPort(style, all[i], i))
+            foreign.push_back(all[i]);
+    }
+    return foreign;
+}
+
 /// Opens the port that was called `name` at the scan, wherever it stands now.
 void openPort(RtMidi &client, unsigned number, const std::string &name)
 {
-    const std::vector<std::string> now = portNames(client);
+    const std::vector<std::string> now = allPortNames(client);
     if (number >= now.size() || now[number] != name) {
         const auto found = std::ranges::find(now, name);
         if (found == now.end())
@@ -67,10 +79,8 @@ QString toLatin1Text(ByteView bytes)
 
 QtRtMIDI::QtRtMIDI(QObject *parent)
     : QObject(parent)
-    , m_clients(midi::createMidiClients())
 {
     qRegisterMetaType<std::vector<uint8_t>>("std::vector<uint8_t>");
-    m_error = m_clients.error;
 }
 
 QtRtMIDI::~QtRtMIDI() = default;
@@ -83,26 +93,53 @@ bool QtRtMIDI::init()
 void QtRtMIDI::scanPorts(const char *inName, const char *outName)
 {
     m_pairs.clear();
-    if (m_clients.input) {
+    if (m_service.refreshThoroughly())
+        applyCallbackMode();
+    const midi::MidiClients &clients = m_service.clients();
+    if (clients.input) {
         attempt(m_error, [&] {
-            const auto inputs = portNames(*m_clients.input);
-            const auto outputs = portNames(*m_clients.output);
+            const auto inputs = allPortNames(*clients.input);
+            const auto outputs = allPortNames(*clients.output);
             const auto append = [&](unsigned in, unsigned out) {
                 m_pairs.push_back({{in, inputs[in]}, {out, outputs[out]}});
             };
             if (!inName || !outName) {
                 for (const midi::PortPair &pair :
-                     midi::pairPorts(m_clients.nameStyle, inputs, outputs))
+                     midi::pairPorts(clients.nameStyle, inputs, outputs))
                     append(pair.input, pair.output);
                 return;
             }
-            const auto input = midi::findPort(m_clients.nameStyle, inputs, inName);
-            const auto output = midi::findPort(m_clients.nameStyle, outputs, outName);
+            const auto input = midi::findPort(clients.nameStyle, inputs, inName);
+            const auto output = midi::findPort(clients.nameStyle, outputs, outName);
             if (input && output)
                 append(*input, *output);
         });
     }
     emit portListChanged();
+}
+
+midi::PortNames QtRtMIDI::portNames()
+{
+    if (m_service.refresh())
+        applyCallbackMode();
+    midi::PortNames names;
+    const midi::MidiClients &clients = m_service.clients();
+    if (!clients.input)
+        return names;
+    attempt(m_error, [&] {
+        names.inputs = foreignPortNames(*clients.input, clients.nameStyle);
+        names.outputs = foreignPortNames(*clients.output, clients.nameStyle);
+    });
+    return names;
+}
+
+bool QtRtMIDI::isOpenAmong(const midi::PortNames &names) const
+{
+    const auto contains = [](const std::vector<std::string> &list, const std::string &name) {
+        return std::ranges::find(list, name) != list.end();
+    };
+    return m_openPair && contains(names.inputs, m_openPair->input.name) &&
+           contains(names.outputs, m_openPair->output.name);
 }
 
 int QtRtMIDI::portCount() const
@@ -113,11 +150,12 @@ int QtRtMIDI::portCount() const
 const char *QtRtMIDI::portName(unsigned index)
 {
     m_portName.clear();
-    if (index < m_pairs.size()) {
+    const midi::MidiClients &clients = m_service.clients();
+    if (clients.input && index < m_pairs.size()) {
         attempt(m_error, [&] {
             const unsigned number = m_pairs[index].input.number;
-            if (number < m_clients.input->getPortCount())
-                m_portName = m_clients.input->getPortName(number);
+            if (number < clients.input->getPortCount())
+                m_portName = clients.input->getPortName(number);
         });
     }
     return m_portName.c_str();
@@ -125,47 +163,69 @@ const char *QtRtMIDI::portName(unsigned index)
 
 bool QtRtMIDI::selectPort(unsigned index)
 {
-    if (index >= m_pairs.size())
+    midi::MidiClients &clients = m_service.clients();
+    if (!clients.input || index >= m_pairs.size())
         return false;
     closePort();
     const Pair &pair = m_pairs[index];
-    if (!attempt(m_error, [&] { openPort(*m_clients.input, pair.input.number, pair.input.name); }))
+    if (!attempt(m_error, [&] { openPort(*clients.input, pair.input.number, pair.input.name); }))
         return false;
     if (!attempt(m_error,
-                 [&] { openPort(*m_clients.output, pair.output.number, pair.output.name); })) {
-        attempt(m_error, [&] { m_clients.input->closePort(); });
+                 [&] { openPort(*clients.output, pair.output.number, pair.output.name); })) {
+        attempt(m_error, [&] { clients.input->closePort(); });
         return false;
     }
-    QThread::msleep(static_cast<unsigned long>(m_clients.settlingTime.count()));
+    m_openPair = pair;
+    QThread::msleep(static_cast<unsigned long>(clients.settlingTime.count()));
     return true;
 }
 
 void QtRtMIDI::closePort()
 {
-    if (!m_clients.input)
+    m_openPair.reset();
+    const midi::MidiClients *clients = m_service.clientsInUse();
+    // Nothing can be closed with a service that is gone; its clients are given up as a whole.
+    if (!clients || !clients->input || (clients->jack && clients->jack->isGone()))
         return;
-    attempt(m_error, [&] { closeIfOpen(*m_clients.input); });
-    attempt(m_error, [&] { closeIfOpen(*m_clients.output); });
+    attempt(m_error, [&] { closeIfOpen(*clients->input); });
+    attempt(m_error, [&] { closeIfOpen(*clients->output); });
 }
 
 bool QtRtMIDI::portsReady() const
 {
-    return m_clients.input && m_clients.input->isPortOpen() && m_clients.output->isPortOpen();
+    const midi::MidiClients *clients = m_service.clientsInUse();
+    return clients && clients->input && clients->input->isPortOpen() &&
+           clients->output->isPortOpen();
 }
 
 void QtRtMIDI::setCallbackMode(bool enabled)
 {
     // The library complains on standard error about a callback set or cancelled twice.
-    if (!m_clients.input || m_callbackInstalled == enabled)
+    if (m_callbackMode == enabled)
         return;
-    m_callbackInstalled = attempt(m_error,
-                                  [&] {
-                                      if (enabled)
-                                          m_clients.input->setCallback(&QtRtMIDI::receiveCB, this);
-                                      else
-                                          m_clients.input->cancelCallback();
-                                  }) &&
-                          enabled;
+    m_callbackMode = enabled;
+    const midi::MidiClients &clients = m_service.clients();
+    if (!clients.input)
+        return;
+    if (enabled)
+        applyCallbackMode();
+    else
+        attempt(m_error, [&] { clients.input->cancelCallback(); });
+}
+
+/// New clients know nothing of what was set before.
+void QtRtMIDI::applyCallbackMode()
+{
+    const midi::MidiClients &clients = m_service.clients();
+    if (clients.input && m_callbackMode)
+        attempt(m_error, [&] { clients.input->setCallback(&QtRtMIDI::receiveCB, this); });
+}
+
+const char *QtRtMIDI::getErrorMessage()
+{
+    if (m_error.empty())
+        m_error = m_service.clients().error;
+    return m_error.c_str();
 }
 
 void QtRtMIDI::receiveCB(double /*timeStamp*/, std::vector<uint8_t> *message, void *userData)
@@ -188,15 +248,16 @@ void QtRtMIDI::receiveCB(double /*timeStamp*/, std::vector<uint8_t> *message, vo
 bool QtRtMIDI::receiveMessage(std::vector<uint8_t> &message)
 {
     message.clear();
-    if (!m_clients.input || !m_clients.input->isPortOpen())
+    if (!portsReady())
         return false;
-    return attempt(m_error, [&] { m_clients.input->getMessage(&message); }) && !message.empty();
+    RtMidiIn &input = *m_service.clients().input;
+    return attempt(m_error, [&] { input.getMessage(&message); }) && !message.empty();
 }
 
 void QtRtMIDI::flushInput()
 {
     // With a callback nothing waits, and the library complains about being asked.
-    if (m_callbackInstalled)
+    if (m_callbackMode)
         return;
     std::vector<uint8_t> discarded;
     while (receiveMessage(discarded)) {
@@ -205,9 +266,14 @@ void QtRtMIDI::flushInput()
 
 bool QtRtMIDI::sendMessage(const std::vector<uint8_t> &message)
 {
-    if (message.empty() || !m_clients.output || !m_clients.output->isPortOpen())
+    if (message.empty() || !portsReady())
         return false;
-    return attempt(m_error, [&] { m_clients.output->sendMessage(message.data(), message.size()); });
+    const midi::MidiClients &clients = m_service.clients();
+    if (clients.jack && !clients.jack->waitForRoom(message.size())) {
+        m_error = "the MIDI service does not answer";
+        return false;
+    }
+    return attempt(m_error, [&] { clients.output->sendMessage(message.data(), message.size()); });
 }
 
 bool QtRtMIDI::sendSysex(const uint8_t *bytes, uint32_t length)

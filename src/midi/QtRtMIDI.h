@@ -1,13 +1,14 @@
 #pragma once
 
 #include "midi/DataBlockFrame.h"
-#include "midi/MidiClients.h"
+#include "midi/MidiService.h"
 
 #include <QObject>
 #include <QVariant>
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,8 +22,10 @@ Q_DECLARE_OPAQUE_POINTER(SettingsTransfer *) // known here by name only: setting
 /// Declared by the main window, lives on the GUI thread, and all its functions belong there, except
 /// the receive callback, which the MIDI library calls on a thread of its own and which emits
 /// midiMessageReceived() and textMessageReceived() from there: receivers are called queued.
-/// Without a MIDI service the object exists without ports. Nothing here throws; operations that
-/// fail return false or nothing and keep the library's text for getErrorMessage().
+/// Without a MIDI service the object exists without ports; one that ends takes the ports with it,
+/// and one that comes up is found by scanPorts() and portNames(). Nothing here throws or waits for
+/// a service that does not answer; operations that fail return false or nothing and keep the
+/// library's text for getErrorMessage().
 class QtRtMIDI : public QObject
 {
     Q_OBJECT
@@ -52,6 +55,10 @@ public:
     [[nodiscard]] bool selectPort(unsigned index);
     void closePort();
     [[nodiscard]] bool portsReady() const;
+    /// What ports of others there are now. Cheap enough to be asked all the time.
+    [[nodiscard]] midi::PortNames portNames();
+    /// Whether the pair that is open stands among `names`.
+    [[nodiscard]] bool isOpenAmong(const midi::PortNames &names) const;
 
     // Messages
 
@@ -71,7 +78,7 @@ public:
     [[nodiscard]] SettingsTransfer *settingsTransferObj() const { return m_settingsTransfer; }
     void setSettingsTransferObj(SettingsTransfer *object);
     /// The last error text of the MIDI library; never cleared.
-    [[nodiscard]] const char *getErrorMessage() const { return m_error.c_str(); }
+    [[nodiscard]] const char *getErrorMessage();
 
     void emitIncomingDataSignal(const std::vector<uint8_t> &message);
     void emitMessageSignal(const QString &text);
@@ -157,12 +164,15 @@ private:
     [[nodiscard]] std::optional<std::size_t> readBlock(midi::BlockType type);
     [[nodiscard]] std::optional<std::size_t> awaitBlock(midi::BlockType type);
 
-    midi::MidiClients m_clients;
+    void applyCallbackMode();
+
+    midi::MidiService m_service;
     SettingsTransfer *m_settingsTransfer = nullptr;
     std::vector<Pair> m_pairs;
+    std::optional<Pair> m_openPair;
     std::string m_portName;
     std::string m_error;
-    bool m_callbackInstalled = false;
+    bool m_callbackMode = false;
     uint8_t m_sysexId = 0;
     uint8_t m_altSysexId = NoSysexID;
     std::array<uint8_t, midi::MaxFrameLength> m_transferBuffer{};

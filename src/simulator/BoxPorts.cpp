@@ -4,6 +4,8 @@
 
 #include "midi/MidiClients.h"
 
+#include <QThread>
+
 #include <RtMidi.h>
 
 #include <algorithm>
@@ -16,6 +18,10 @@ namespace
 /// JACK drops longer messages, but takes a sysex in pieces, which the receiver joins.
 constexpr std::size_t JackPieceLength = 16000;
 
+/// A server with much to do turns a client away that it takes a moment later.
+constexpr int OpenAttempts = 15;
+constexpr unsigned long OpenPauseMs = 200;
+
 } // namespace
 
 /// One pair of registered ports. Throws what the MIDI library throws when it cannot register them.
@@ -25,7 +31,7 @@ public:
     OpenPair(BoxPorts &owner, std::size_t index)
         : m_owner(owner)
         , m_index(index)
-        , m_clients(midi::createMidiClients({"Ostrel Box In", "Ostrel Box Out"}))
+        , m_clients(midi::createMidiClients({"Ostrel Box In", "Ostrel Box Out", {}}))
         , m_output([this](midi::ByteView bytes) { sendNow(bytes); })
     {
         if (!m_clients.input || !m_clients.output)
@@ -76,6 +82,16 @@ BoxPorts::BoxPorts(QObject *parent)
 BoxPorts::~BoxPorts() = default;
 
 bool BoxPorts::open()
+{
+    for (int attempt = 1; !tryToOpen(); ++attempt) {
+        if (attempt == OpenAttempts)
+            return false;
+        QThread::msleep(OpenPauseMs);
+    }
+    return true;
+}
+
+bool BoxPorts::tryToOpen()
 {
     close();
     try {

@@ -48,6 +48,8 @@ signals:
 private:
     class OpenPair;
 
+    [[nodiscard]] bool tryToOpen();
+
     std::array<std::unique_ptr<OpenPair>, Pairs.size()> m_pairs;
     QString m_error;
 };

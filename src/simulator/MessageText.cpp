@@ -61,7 +61,7 @@ std::string describeUpdate(ByteView message)
 std::string quotedText(ByteView message)
 {
     const ByteView text = midi::readText(message);
-    return quoted(std::string(text.begin(), text.end()));
+    return inQuotes(std::string(text.begin(), text.end()));
 }
 
 /// A message with at least one byte behind its command.
@@ -120,7 +120,7 @@ std::string sha1(ByteView bytes)
         .toStdString();
 }
 
-std::string quoted(std::string_view text)
+std::string inQuotes(std::string_view text)
 {
     static constexpr char Digits[] = "0123456789abcdef";
     std::string result = "\"";

@@ -16,6 +16,6 @@ namespace simulator
 [[nodiscard]] std::string sha1(midi::ByteView bytes);
 
 /// `text` in double quotes with quotes, backslashes and control characters escaped.
-[[nodiscard]] std::string quoted(std::string_view text);
+[[nodiscard]] std::string inQuotes(std::string_view text);
 
 } // namespace simulator

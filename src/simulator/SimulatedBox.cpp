@@ -260,7 +260,7 @@ std::string SimulatedBox::versionLine() const
 
 std::string SimulatedBox::settingsLine() const
 {
-    return "settings name=" + quoted(m_memory.name()) +
+    return "settings name=" + inQuotes(m_memory.name()) +
            " sysex-id=" + std::to_string(m_memory.sysexId()) +
            " mode=" + std::to_string(static_cast<int>(m_memory.mode())) +
            " sha1=" + sha1(m_memory.record());

@@ -12,8 +12,12 @@ bool connectToBox(QtRtMIDI &midi, std::uint8_t sysexId)
     constexpr int Attempts = 40;
     constexpr int AttemptMs = 500;
     midi.setSysexID(sysexId);
-    midi.scanPorts(InputPortName, OutputPortName);
-    if (midi.portCount() != 1 || !midi.selectPort(0))
+    const auto opened = [&] {
+        midi.scanPorts(InputPortName, OutputPortName);
+        return midi.portCount() == 1 && midi.selectPort(0);
+    };
+    // A service with much to do may turn the connection away at first.
+    if (!QTest::qWaitFor(opened, Attempts * AttemptMs))
         return false;
     midi.setCallbackMode(false);
     for (int i = 0; i < Attempts; ++i) {

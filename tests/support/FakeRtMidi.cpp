@@ -1,7 +1,10 @@
 #include "support/FakeRtMidi.h"
 
+#include "midi/JackService.h"
+
 #include <RtMidi.h>
 
+#include <mutex>
 #include <utility>
 
 namespace
@@ -10,6 +13,8 @@ namespace
 class FakeInput;
 class FakeOutput;
 
+// Clients of a service that ended are closed on another thread, but not while one is in use here.
+std::recursive_mutex liveGuard;
 FakeInput *liveInput = nullptr;
 FakeOutput *liveOutput = nullptr;
 
@@ -90,10 +95,12 @@ public:
     explicit FakeInput(unsigned queueLimit)
         : FakeApi(FakeRtMidi::world().inputs, FakeRtMidi::world().inputOpenFails, queueLimit)
     {
+        const std::scoped_lock lock(liveGuard);
         liveInput = this;
     }
     ~FakeInput() override
     {
+        const std::scoped_lock lock(liveGuard);
         if (liveInput == this)
             liveInput = nullptr;
     }
@@ -115,10 +122,12 @@ public:
     FakeOutput()
         : FakeApi(FakeRtMidi::world().outputs, FakeRtMidi::world().outputOpenFails)
     {
+        const std::scoped_lock lock(liveGuard);
         liveOutput = this;
     }
     ~FakeOutput() override
     {
+        const std::scoped_lock lock(liveGuard);
         if (liveOutput == this)
             liveOutput = nullptr;
     }
@@ -167,6 +176,40 @@ RtMidiOut::RtMidiOut(RtMidi::Api api, const std::string & /*clientName*/)
 
 RtMidiOut::~RtMidiOut() noexcept = default;
 
+// So is the server that JACK's own library would look for.
+
+struct midi::JackService::Connection
+{
+};
+
+midi::JackService::JackService(std::unique_ptr<Connection> connection)
+    : m_connection(std::move(connection))
+{}
+
+midi::JackService::~JackService() = default;
+
+std::unique_ptr<midi::JackService> midi::JackService::connect(const std::string & /*clientName*/)
+{
+    if (FakeRtMidi::world().jackServer != FakeRtMidi::JackServer::Runs)
+        return nullptr;
+    return std::unique_ptr<JackService>(new JackService(std::make_unique<Connection>()));
+}
+
+bool midi::JackService::isGone() const
+{
+    return FakeRtMidi::world().jackServer == FakeRtMidi::JackServer::Ended;
+}
+
+bool midi::JackService::answers() const
+{
+    return true;
+}
+
+bool midi::JackService::waitForRoom(std::size_t /*bytes*/)
+{
+    return FakeRtMidi::world().jackServer == FakeRtMidi::JackServer::Runs;
+}
+
 FakeRtMidi &FakeRtMidi::world()
 {
     static FakeRtMidi instance;
@@ -175,6 +218,7 @@ FakeRtMidi &FakeRtMidi::world()
 
 void FakeRtMidi::reset()
 {
+    const std::scoped_lock lock(liveGuard);
     if (liveInput)
         liveInput->closePort();
     if (liveOutput)
@@ -184,6 +228,7 @@ void FakeRtMidi::reset()
 
 void FakeRtMidi::receive(const Message &message)
 {
+    const std::scoped_lock lock(liveGuard);
     if (liveInput && liveInput->openName())
         liveInput->deliver(message);
 }
@@ -198,10 +243,12 @@ std::vector<FakeRtMidi::Message> FakeRtMidi::takeSent()
 
 std::optional<std::string> FakeRtMidi::openInput() const
 {
+    const std::scoped_lock lock(liveGuard);
     return liveInput ? liveInput->openName() : std::nullopt;
 }
 
 std::optional<std::string> FakeRtMidi::openOutput() const
 {
+    const std::scoped_lock lock(liveGuard);
     return liveOutput ? liveOutput->openName() : std::nullopt;
 }

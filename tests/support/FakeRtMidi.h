@@ -30,6 +30,8 @@ public:
     /// What the constructors of the library's clients do.
     enum class Service { Works, FailsUnlessNamed, FailsAlways, OutputFails };
 
+    enum class JackServer { Runs, Stopped, Ended };
+
     static constexpr char ErrorText[] = "scripted MIDI error"; ///< of every error thrown here
 
     static FakeRtMidi &world();
@@ -40,6 +42,7 @@ public:
     // The script
 
     Service service = Service::Works;
+    JackServer jackServer = JackServer::Runs;             ///< of use with the names of JACK
     midi::NameStyle style = midi::NameStyle::Undecorated; ///< which back end the clients report
     std::vector<std::string> inputs;
     std::vector<std::string> outputs;

@@ -2,7 +2,10 @@
 
 #include "support/ChildProcess.h"
 
-#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QDir>
+
+#include <csignal>
 
 namespace testsupport
 {
@@ -11,13 +14,12 @@ namespace
 
 constexpr int StartTimeoutSeconds = 30;
 
-/// JACK keeps its servers apart by name, across all processes of a user.
-QByteArray uniqueName()
-{
-    static int count = 0;
-    return "ostrel-test-" + QByteArray::number(QCoreApplication::applicationPid()) + '-' +
-           QByteArray::number(++count);
-}
+/// JACK knows eight servers at a time, and counts one that was killed until its name is used again.
+/// So the tests of all processes share a few names, and leave some places to others.
+constexpr int NameCount = 6;
+constexpr int StartAttempts = 3;
+constexpr int NameTimeoutMs = 120000;
+constexpr int NamePollMs = 50;
 
 bool waitUntilUp(const QByteArray &name)
 {
@@ -33,8 +35,8 @@ bool waitUntilUp(const QByteArray &name)
 } // namespace
 
 MidiServer::MidiServer()
-    : m_name(uniqueName())
 {
+    takeName();
     const std::array<QByteArray, Variables.size()> values{m_name, "1", "jack"};
     for (std::size_t i = 0; i < Variables.size(); ++i) {
         m_previous[i] = qgetenv(Variables[i]);
@@ -43,11 +45,33 @@ MidiServer::MidiServer()
 
     endWithParent(m_process);
     m_process.setProcessChannelMode(QProcess::MergedChannels);
+    for (int attempt = 0; attempt < StartAttempts && !start(); ++attempt)
+        stop(m_process);
+}
+
+/// Waits until a name is free. The lock of a process that died counts for nothing.
+void MidiServer::takeName()
+{
+    for (QDeadlineTimer deadline(NameTimeoutMs); !deadline.hasExpired();) {
+        for (int number = 1; number <= NameCount; ++number) {
+            m_name = "ostrel-test-" + QByteArray::number(number);
+            m_nameLock = std::make_unique<QLockFile>(QDir::tempPath() + '/' +
+                                                     QString::fromLatin1(m_name) + ".lock");
+            m_nameLock->setStaleLockTime(0);
+            if (m_nameLock->tryLock(NamePollMs))
+                return;
+        }
+    }
+}
+
+bool MidiServer::start()
+{
     // Synchronous, because the asynchronous mode loses messages under load.
     m_process.start("jackd", {"-n", QString::fromLatin1(m_name), "-S", "-r", "-d", "dummy", "-r",
                               "48000", "-p", "256"});
     m_running =
         m_process.waitForStarted() && waitUntilUp(m_name) && m_process.state() == QProcess::Running;
+    return m_running;
 }
 
 MidiServer::~MidiServer()
@@ -59,6 +83,22 @@ MidiServer::~MidiServer()
         else
             qputenv(Variables[i], m_previous[i]);
     }
+}
+
+void MidiServer::end()
+{
+    stop(m_process);
+    m_running = false;
+}
+
+void MidiServer::pause()
+{
+    ::kill(static_cast<pid_t>(m_process.processId()), SIGSTOP);
+}
+
+void MidiServer::resume()
+{
+    ::kill(static_cast<pid_t>(m_process.processId()), SIGCONT);
 }
 
 void MidiServer::kill()

@@ -1,16 +1,18 @@
 #pragma once
 
 #include <QByteArray>
+#include <QLockFile>
 #include <QProcess>
 
 #include <array>
+#include <memory>
 
 namespace testsupport
 {
 
 /// A MIDI service of the test's own: a JACK server without hardware, on a private name. While it
 /// exists, this process and the processes that it starts meet no other MIDI service. Declare it
-/// before everything that has MIDI ports, since the library waits for ever on a server that died.
+/// before everything that has MIDI ports.
 class MidiServer
 {
 public:
@@ -25,15 +27,25 @@ public:
     /// What the server wrote, for the message of a failed test.
     [[nodiscard]] QByteArray output() { return m_process.readAll(); }
 
+    /// Ends the server as its user would.
+    void end();
     /// Ends the server at once and without notice, as when it crashes.
     void kill();
+    /// Starts the server again, under the same name. False when it did not come up.
+    bool start();
+    /// Lets the server do nothing at all, and go on.
+    void pause();
+    void resume();
 
 private:
     static constexpr std::array<const char *, 3> Variables{
         "JACK_DEFAULT_SERVER", "JACK_NO_START_SERVER", "OSTREL_MIDI_API"};
 
+    void takeName();
+
     std::array<QByteArray, Variables.size()> m_previous;
     QByteArray m_name;
+    std::unique_ptr<QLockFile> m_nameLock;
     QProcess m_process;
     bool m_running = false;
 };

@@ -1,14 +1,15 @@
 #include "midi/QtRtMIDI.h"
 #include "support/BoxProcess.h"
+#include "support/LinkRecorder.h"
 #include "support/Messages.h"
 #include "support/MidiServer.h"
 
 #include <QCryptographicHash>
-#include <QSignalSpy>
 #include <QTest>
 
 using testsupport::BoxProcess;
 using testsupport::hex;
+using testsupport::LinkRecorder;
 using testsupport::MidiServer;
 
 namespace
@@ -67,12 +68,12 @@ private slots:
     void passesProgramChangesBothWays()
     {
         m_midi->setCallbackMode(true);
-        QSignalSpy messages(m_midi.get(), &QtRtMIDI::midiMessageReceived);
+        const LinkRecorder recorder(*m_midi);
         QVERIFY(m_midi->pgmChange(3, 7));
         QVERIFY(m_box->waitForLine("^received program-change channel=3 program=7$"));
         m_box->send("program 15 127");
-        QTRY_COMPARE_WITH_TIMEOUT(messages.size(), 1, BoxProcess::DefaultTimeoutMs);
-        QCOMPARE(hex(messages[0][0].value<midi::ByteMessage>()), QByteArray("CF 7F"));
+        QTRY_COMPARE_WITH_TIMEOUT(recorder.messages().size(), 1U, BoxProcess::DefaultTimeoutMs);
+        QCOMPARE(hex(recorder.messages()[0]), QByteArray("CF 7F"));
     }
 
     void storesScripts_data()
@@ -96,16 +97,13 @@ private slots:
     void passesTextsInOrder()
     {
         m_midi->setCallbackMode(true);
-        QStringList texts;
-        const auto connection = connect(m_midi.get(), &QtRtMIDI::textMessageReceived, this,
-                                        [&texts](const QString &text) { texts.append(text); });
+        const LinkRecorder recorder(*m_midi);
         QVERIFY(write("print(\"one\")\nprint(\"two\")\n"));
-        QTRY_COMPARE_WITH_TIMEOUT(texts.size(), 4, BoxProcess::DefaultTimeoutMs);
+        QTRY_COMPARE_WITH_TIMEOUT(recorder.texts().size(), 4, BoxProcess::DefaultTimeoutMs);
         m_box->send("print three");
-        QTRY_COMPARE_WITH_TIMEOUT(texts.size(), 5, BoxProcess::DefaultTimeoutMs);
-        disconnect(connection);
-        QCOMPARE(texts, (QStringList{"Script received: 26 bytes\n", "Running...\n", "one\n",
-                                     "two\n", "three\n"}));
+        QTRY_COMPARE_WITH_TIMEOUT(recorder.texts().size(), 5, BoxProcess::DefaultTimeoutMs);
+        QCOMPARE(recorder.texts(), (QStringList{"Script received: 26 bytes\n", "Running...\n",
+                                                "one\n", "two\n", "three\n"}));
     }
 
     void readsInSpiteOfFaults_data()
@@ -150,9 +148,9 @@ private slots:
         }
         m_box->send("faults");
         QVERIFY(readsBack(StoredScript));
-        QSignalSpy texts(m_midi.get(), &QtRtMIDI::textMessageReceived);
+        const LinkRecorder recorder(*m_midi);
         m_box->send("print still there");
-        QTRY_COMPARE_WITH_TIMEOUT(texts.size(), 1, BoxProcess::DefaultTimeoutMs);
+        QTRY_COMPARE_WITH_TIMEOUT(recorder.texts().size(), 1, BoxProcess::DefaultTimeoutMs);
     }
 
     void readsNothingUnderAnotherId()

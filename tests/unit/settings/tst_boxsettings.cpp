@@ -2,6 +2,7 @@
 #include "settings/CppInterface.h"
 #include "settings/SettingsT.h"
 #include "settings/SettingsTransfer.h"
+#include "support/BoxLink.h"
 #include "support/BoxProcess.h"
 #include "support/MidiServer.h"
 
@@ -62,6 +63,11 @@ private slots:
         // The box tells a checksum of all 256 bytes.
         QVERIFY(box.waitForLine("^settings name=\"Left\" sysex-id=6 mode=2 sha1=" + sha1(expected) +
                                 "$"));
+
+        // An answer that came too late for an earlier try must not pass for one.
+        link.setCallbackMode(false);
+        QVERIFY(link.sendIDReq());
+        QVERIFY(!testsupport::awaitMessage(link, midi::isIdentityReply).empty());
 
         // Under its new ID the box gives back what it was given.
         QVERIFY(!bridge.readGlobals());
