@@ -23,6 +23,7 @@ ZEVComboBox {
     readonly property alias updateDialog: updateDialog
 
     signal deviceIsConnected(int index)
+    signal logged(string message)
 
     function beginConnect(deviceRef: int) {
         listModel.connectToDevice(deviceRef);
@@ -130,6 +131,13 @@ ZEVComboBox {
         function onUpdateError(errorMsg: string) {
             root.updateError(errorMsg);
         }
+    }
+
+    DeviceWatch {
+        devices: root.listModel
+        active: !root.firmwareUpdateObj.busy
+        onDeviceLost: name => root.logged(qsTr("%1 disconnected\n").arg(name || qsTr("Device")))
+        onDeviceFound: name => root.logged(qsTr("%1 connected\n").arg(name || qsTr("Device")))
     }
 
     Timer {

@@ -189,7 +189,10 @@ ApplicationWindow {
         id: scriptFiles
 
         onScriptRead: (name, text) => rootWindow.addScript(name, text)
-        onFailed: message => messageDialog.show(message)
+        onFailed: message => {
+            fileMessageDialog.text = message;
+            fileMessageDialog.open();
+        }
     }
 
     WindowActions {
@@ -216,6 +219,7 @@ ApplicationWindow {
         firmwareUpdateObj: rootWindow.updater
         listModel: connectedDeviceListModel
         chooser.onDeviceIsConnected: index => rootWindow.connectedDevice = index
+        chooser.onLogged: message => rootWindow.logMessage(message)
     }
 
     MainPanes {
@@ -241,6 +245,13 @@ ApplicationWindow {
         standardButtons: Dialog.Ok | Dialog.Cancel
         onAccepted: rootWindow.deleteScript()
         onRejected: rootWindow.deleteInProgress = false
+    }
+
+    TextDialog {
+        id: fileMessageDialog
+
+        objectName: "fileMessageDialog"
+        standardButtons: Dialog.Ok
     }
 
     SystemMessage {

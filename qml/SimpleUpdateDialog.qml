@@ -100,6 +100,9 @@ Dialog {
             Layout.fillWidth: true
             Layout.preferredHeight: 30
             value: root.progressShown
+            // The style draws what is done in the dark colour, which is the dialog's own.
+            palette.dark: root.palette.highlight
+            palette.midlight: root.palette.button
 
             Accessible.name: qsTr("Progress")
 

@@ -10,6 +10,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <limits>
 
 namespace
 {
@@ -20,12 +21,15 @@ constexpr int ListenRounds = 20;
 constexpr unsigned long RoundMs = 10;
 constexpr int ScanEntryValue = -1;
 
+/// Whatever else stands in the settings store counts as none.
 int storedReference()
 {
     bool isNumber = false;
-    const int reference =
-        QSettings().value(LAST_PRODUCT_SETTING, midi::NoDeviceReference).toInt(&isNumber);
-    return isNumber ? reference : midi::NoDeviceReference;
+    const qlonglong value =
+        QSettings().value(LAST_PRODUCT_SETTING, midi::NoDeviceReference).toLongLong(&isNumber);
+    // Asked for an int, a number that is too large for one would lose its upper half.
+    const bool isReference = isNumber && value >= 0 && value <= std::numeric_limits<int>::max();
+    return isReference ? static_cast<int>(value) : midi::NoDeviceReference;
 }
 
 } // namespace
@@ -68,20 +72,10 @@ int ConnectedDeviceListModel::scanForDevice()
 {
     if (!m_link)
         return connectedReference();
-
     beginResetModel();
-    m_devices.clear();
-    findPorts();
-    for (int port = 0; m_link && port < m_link->portCount(); ++port)
-        listenOnPort(static_cast<unsigned>(port));
-    m_onlyOstrel = false;
-
-    m_currentIndex = NoIndex;
-    const int chosen = chooseDevice();
-    if (chosen == NoIndex)
+    scan(m_firstScan ? Reach::NamedPorts : Reach::AllPorts);
+    if (m_currentIndex == NoIndex)
         disconnectDevice();
-    else
-        connectToIndex(chosen);
     m_firstScan = false;
     endResetModel();
     qCDebug(lcDevices) << "scan found" << m_devices.size() << "devices, connected to"
@@ -89,7 +83,49 @@ int ConnectedDeviceListModel::scanForDevice()
     return connectedReference();
 }
 
-void ConnectedDeviceListModel::findPorts()
+bool ConnectedDeviceListModel::reconnect()
+{
+    if (!m_link)
+        return false;
+    beginResetModel();
+    scan(Reach::NamedPorts);
+    if (m_currentIndex == NoIndex)
+        m_link->closePort();
+    endResetModel();
+    return m_currentIndex != NoIndex;
+}
+
+void ConnectedDeviceListModel::loseDevice()
+{
+    const MidiDevice *lost = currentDevice();
+    if (!lost)
+        return;
+    beginResetModel();
+    const unsigned port = lost->deviceIndex();
+    m_devices.removeIf([port](const MidiDevice *device) { return device->deviceIndex() == port; });
+    m_currentIndex = NoIndex;
+    if (m_link)
+        m_link->closePort();
+    setDeviceConnected(false, true);
+    endResetModel();
+}
+
+/// Lists who answers and connects to the one that is wanted, if any.
+void ConnectedDeviceListModel::scan(Reach reach)
+{
+    m_devices.clear();
+    findPorts(reach);
+    for (int port = 0; m_link && port < m_link->portCount(); ++port)
+        listenOnPort(static_cast<unsigned>(port));
+    m_onlyOstrel = false;
+
+    m_currentIndex = NoIndex;
+    const int chosen = chooseDevice();
+    if (chosen != NoIndex)
+        connectToIndex(chosen);
+}
+
+void ConnectedDeviceListModel::findPorts(Reach reach)
 {
     if (m_inputPortName.isEmpty() || m_outputPortName.isEmpty()) {
         m_link->scanPorts(nullptr, nullptr);
@@ -97,7 +133,7 @@ void ConnectedDeviceListModel::findPorts()
     }
     m_link->scanPorts(m_inputPortName.toLatin1().constData(),
                       m_outputPortName.toLatin1().constData());
-    if (m_link->portCount() == 0 && !m_firstScan) {
+    if (m_link->portCount() == 0 && reach == Reach::AllPorts) {
         m_onlyOstrel = true;
         m_link->scanPorts(nullptr, nullptr);
     }

@@ -51,6 +51,12 @@ public:
     /// connected device's reference, or 65535. From the second scan on, named ports that do not
     /// exist make it look on all pairs for an Ostrel: that is where one in its bootloader sits.
     Q_INVOKABLE int scanForDevice();
+    /// The same on the named pair alone, and without forgetting which device was connected when
+    /// none answers: for a device that was away and may be there again. True when it is connected.
+    bool reconnect();
+    /// Ends a connection whose ports are gone: the devices on them are no longer listed, but the
+    /// one that was connected is still the one that reconnect() looks for.
+    void loseDevice();
     /// Connects to a listed device and remembers it. False when it is not listed: the link is then
     /// closed and "none" remembered.
     Q_INVOKABLE bool connectToDevice(int deviceRefInt);
@@ -65,6 +71,8 @@ public:
     Q_INVOKABLE void clearProductIDList();
     Q_INVOKABLE void addProductIDToList(int productID);
     [[nodiscard]] bool isAcceptableProductID(int productID) const;
+    /// Whether the scan at the start is over.
+    [[nodiscard]] bool hasScanned() const { return !m_firstScan; }
 
     [[nodiscard]] bool deviceConnected() const { return m_deviceConnected; }
     /// With `force` the signal is emitted even when nothing changed.
@@ -95,8 +103,10 @@ signals:
 
 private:
     static constexpr int NoIndex = -1;
+    enum class Reach { NamedPorts, AllPorts };
 
-    void findPorts();
+    void scan(Reach reach);
+    void findPorts(Reach reach);
     void listenOnPort(unsigned port);
     /// False when the message says that this port is not to be listened to any longer.
     [[nodiscard]] bool handleReply(const std::vector<std::uint8_t> &message, unsigned port);

@@ -319,7 +319,10 @@ bool FirmwareUpdate::transferActive() const
 void FirmwareUpdate::setState(State state)
 {
     const bool wasActive = transferActive();
+    const bool wasBusy = busy();
     m_state = state;
+    if (busy() != wasBusy)
+        emit busyChanged();
     if (transferActive() == wasActive)
         return;
     if (wasActive) {

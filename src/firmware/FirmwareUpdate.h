@@ -24,6 +24,8 @@ class FirmwareUpdate : public QObject
     Q_OBJECT
     Q_PROPERTY(QtRtMIDI *midiObj READ midiObj WRITE setMidiObj NOTIFY midiObjChanged FINAL)
     /// The box is being written to, or about to be.
+    /// From the start of an update until the box had time to restart after it.
+    Q_PROPERTY(bool busy READ busy NOTIFY busyChanged FINAL)
     Q_PROPERTY(bool transferActive READ transferActive NOTIFY transferActiveChanged FINAL)
     Q_PROPERTY(int bytesSent READ bytesSent NOTIFY transferChanged FINAL)
     Q_PROPERTY(int bytesTotal READ bytesTotal NOTIFY transferChanged FINAL)
@@ -90,6 +92,7 @@ public:
     [[nodiscard]] const std::uint8_t *fileData() const { return m_image.payload().data(); }
     [[nodiscard]] State updateState() const { return m_state; }
 
+    [[nodiscard]] bool busy() const { return m_state != State::Idle; }
     [[nodiscard]] bool transferActive() const;
     [[nodiscard]] int bytesSent() const { return static_cast<int>(m_estimate.bytesSent()); }
     [[nodiscard]] int bytesTotal() const { return static_cast<int>(m_estimate.bytesTotal()); }
@@ -106,6 +109,7 @@ signals:
     void statusChanged(QString statusMsg);
     void updateCompleted();
     void updateError(QString errorMsg);
+    void busyChanged();
     void transferActiveChanged();
     void transferChanged();
 

@@ -4,6 +4,8 @@
 #include <QSettings>
 #include <QTemporaryFile>
 
+#include <algorithm>
+
 using namespace boxwindow;
 using testsupport::BoxProcess;
 
@@ -12,6 +14,8 @@ namespace
 
 constexpr char ReadError[] = "Error reading settings from device.";
 constexpr char WriteError[] = "Error writing settings to device.";
+using AccessibleNames = QList<std::pair<QString, QAccessible::Role>>;
+
 const QStringList DeviceIcons{"readIcon", "sendIcon", "settingsIcon"};
 
 QString withoutFailedAttempts(QString log, const QString &attempt)
@@ -40,9 +44,12 @@ private slots:
             ui.click(icon);
         }
         ui.takePicture("not-connected");
-        ui.hover("plusIcon");
-        QCOMPARE(ui.iconOpacity("plusIcon"), 0.8);
-        QTRY_VERIFY(ui.itemSaying("Add script (Ctrl+N)"));
+        QVERIFY(explains(ui, {{"sortIcon", "Sort scripts (Ctrl+L)"},
+                              {"minusIcon", "Delete script (Ctrl+Shift+Delete)"},
+                              {"plusIcon", "Add script (Ctrl+N)"},
+                              {"downloadIcon", "Download Scripts (Ctrl+D)"},
+                              {"guideIcon", "Read Guide (F1)"},
+                              {"clearIcon", "Clear (Ctrl+Shift+K)"}}));
         ui.press(Qt::Key_R, Qt::ControlModifier);
         ui.press(Qt::Key_Return, Qt::ControlModifier);
         ui.press(Qt::Key_Comma, Qt::ControlModifier);
@@ -53,8 +60,55 @@ private slots:
         QVERIFY(box.isReady());
         QVERIFY(scanFor(ui, "Stage:5"));
         QCOMPARE(chosen(ui), "Stage:5");
-        for (const QString &icon : DeviceIcons)
-            QVERIFY(ui.iconOpacity(icon) >= 0.6);
+        QVERIFY(explains(ui, {{"readIcon", "Read Script (Ctrl+R)"},
+                              {"sendIcon", "Send Script (Ctrl+Return)"},
+                              {"settingsIcon", "Settings (Ctrl+,)"}}));
+        QCOMPARE(ui.tabOrder().join(", "),
+                 "Device, Sort scripts, Delete script, Add script, Expression x1, Settings, "
+                 "Download Scripts, Read Guide, Read Script, Send Script, Script editor, Clear, "
+                 "Message log");
+    }
+
+    /// Buttons with a text and dialogs with a title are not listed: they take their names from
+    /// these, but only while somebody listens.
+    void hasNamesForAssistiveTechnology_data()
+    {
+        QTest::addColumn<Qt::Key>("key"); // opens the window, with Ctrl
+        QTest::addColumn<AccessibleNames>("names");
+        QTest::newRow("main") << Qt::Key_Escape
+                              << AccessibleNames{{"Device", QAccessible::ComboBox},
+                                                 {"Available Scripts", QAccessible::List},
+                                                 {"mine", QAccessible::ListItem},
+                                                 {"Sort scripts", QAccessible::Button},
+                                                 {"Delete script", QAccessible::Button},
+                                                 {"Add script", QAccessible::Button},
+                                                 {"Settings", QAccessible::Button},
+                                                 {"Download Scripts", QAccessible::Button},
+                                                 {"Read Guide", QAccessible::Button},
+                                                 {"Read Script", QAccessible::Button},
+                                                 {"Send Script", QAccessible::Button},
+                                                 {"Script editor", QAccessible::EditableText},
+                                                 {"Message log", QAccessible::EditableText},
+                                                 {"Clear", QAccessible::Button}};
+        QTest::newRow("settings") << Qt::Key_Comma
+                                  << AccessibleNames{{"Global Settings", QAccessible::Dialog},
+                                                     {"Display Name", QAccessible::EditableText},
+                                                     {"Sysex ID", QAccessible::SpinBox},
+                                                     {"Mode", QAccessible::ComboBox}};
+        QTest::newRow("guide") << Qt::Key_F1 << AccessibleNames{{"Guide", QAccessible::Dialog}};
+    }
+
+    void hasNamesForAssistiveTechnology()
+    {
+        QFETCH(Qt::Key, key);
+        QFETCH(AccessibleNames, names);
+        const BoxProcess box;
+        QVERIFY(box.isReady());
+        const WindowFixture ui(WindowFixture::Library{{"mine", ""}});
+        QVERIFY(connectTo(ui, "Ostrel:0"));
+        ui.press(key, key == Qt::Key_F1 ? Qt::NoModifier : Qt::ControlModifier);
+        for (const auto &[name, role] : names)
+            QTRY_VERIFY2(ui.accessibleNames().contains(name, role), qPrintable(name));
     }
 
     void choosesAmongBoxes()
@@ -162,6 +216,30 @@ private slots:
         QTRY_VERIFY(!ui.isOpen("messageDialog"));
         ui.press(Qt::Key_Return, Qt::ControlModifier);
         QTRY_COMPARE(ui.text("messageTextArea"), "Sending...\nError sending script.\n");
+    }
+
+    void takesNoNameForMarkup()
+    {
+        const QString name = "<b>x</b><img src=file:///x>";
+        BoxProcess box({"--name", name});
+        QVERIFY(box.isReady());
+        const WindowFixture ui(WindowFixture::Library{{name, ""}});
+        QVERIFY(connectTo(ui, name + ":0"));
+        QVERIFY(ui.showsLiterally(name));
+        QVERIFY(ui.showsLiterally(name + ":0"));
+        ui.click("connectedDeviceComboBox");
+        QTRY_VERIFY(ui.itemSaying(ScanEntry));
+        QVERIFY(ui.showsLiterally(name + ":0"));
+        ui.press(Qt::Key_Escape);
+        box.send("print " + name);
+        QTRY_VERIFY(ui.showsLiterally(name + '\n'));
+        ui.click("minusIcon");
+        QTRY_VERIFY(ui.showsLiterally("Delete script '" + name + "'?"));
+        ui.click(ui.itemSaying("Cancel"));
+        QTRY_VERIFY(!ui.isOpen("okCancelDialog"));
+        QVERIFY(openSettings(ui));
+        QCOMPARE(ui.text("displayNameInput"), name);
+        QVERIFY(ui.showsLiterally(name));
     }
 
     void staysUsableInAFlood()
@@ -277,6 +355,17 @@ private slots:
     }
 
 private:
+    /// Whether the tooltips of icons say what is expected. The pointer lights the icons up.
+    static bool explains(const WindowFixture &ui,
+                         const QList<std::pair<QString, QString>> &tooltips)
+    {
+        return std::ranges::all_of(tooltips, [&](const auto &expected) {
+            ui.hover(expected.first);
+            return ui.iconOpacity(expected.first) == 0.8 &&
+                   QTest::qWaitFor([&] { return ui.itemSaying(expected.second) != nullptr; });
+        });
+    }
+
     /// Opens the settings, again where the box was too slow to answer.
     static bool openSettings(const WindowFixture &ui)
     {

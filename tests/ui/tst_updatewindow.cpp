@@ -1,6 +1,8 @@
 #include "support/BoxProcess.h"
 #include "ui/BoxWindow.h"
 
+#include <QRegularExpression>
+
 using namespace boxwindow;
 using testsupport::BoxProcess;
 
@@ -19,6 +21,7 @@ private slots:
         const WindowFixture ui;
         QVERIFY(offerUpdate(ui));
         QVERIFY(ui.itemSaying("Update Needed"));
+        QVERIFY(ui.accessibleNames().contains("Update Needed", QAccessible::StaticText));
         ui.takePicture("update-needed");
         ui.press(Qt::Key_Escape);
         QVERIFY(isAsking(ui));
@@ -35,19 +38,60 @@ private slots:
         BoxProcess box({"--bootloader"});
         QVERIFY(box.isReady());
         const WindowFixture ui;
-        QVERIFY(offerUpdate(ui));
-        box.send("faults --slow 300");
-        QVERIFY(box.waitForLine("^faults"));
-        ui.click(ui.itemSaying("OK"));
-        QTRY_VERIFY(ui.isOpen("updateDialog"));
-        QTRY_COMPARE(ui.text("updateStatusText"), "Update in progress");
-        QVERIFY(ui.value("updateProgress", "value").toReal() > 0);
+        QVERIFY(startSlowUpdate(ui, box));
+        QTRY_VERIFY(ui.value("updateProgress", "value").toReal() > 0);
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                static const QRegularExpression amount(R"(^\d+ of 49 KiB, about \d+ s left$)");
+                return ui.item("updateAmountText") &&
+                       amount.match(ui.text("updateAmountText")).hasMatch();
+            },
+            WindowFixture::TimeoutMs));
+        const auto names = ui.accessibleNames();
+        QVERIFY(names.contains("Firmware Update", QAccessible::StaticText));
+        QVERIFY(names.contains("Status", QAccessible::StaticText));
+        QVERIFY(names.contains("Progress", QAccessible::ProgressBar));
         ui.takePicture("update-progress");
         ui.press(Qt::Key_Escape);
         QVERIFY(ui.isOpen("updateDialog"));
         ui.click(ui.itemSaying("Cancel"));
         QTRY_VERIFY(!ui.isOpen("updateDialog"));
         QVERIFY(box.waitForLine("^received update-cancel"));
+    }
+
+    void closesInATransferWhenToldTwice()
+    {
+        BoxProcess box({"--bootloader"});
+        QVERIFY(box.isReady());
+        const WindowFixture ui;
+        QVERIFY(startSlowUpdate(ui, box));
+        QVERIFY(!ui.item("updateCloseNote"));
+        ui.window()->close();
+        QVERIFY(ui.window()->isVisible());
+        QTRY_VERIFY(ui.item("updateCloseNote"));
+        QVERIFY(ui.text("updateCloseNote").contains("Press Cancel to stop the update."));
+        ui.takePicture("update-close");
+        ui.window()->close();
+        QTRY_VERIFY(!ui.window()->isVisible());
+        QVERIFY(box.waitForLine("^received update-cancel"));
+    }
+
+    void keepsAnErrorInSight()
+    {
+        const BoxProcess box({"--bootloader", "--ask-beyond-end", "20"});
+        QVERIFY(box.isReady());
+        const WindowFixture ui;
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression("^the position lies beyond the end of the image"));
+        QVERIFY(offerUpdate(ui));
+        ui.click(ui.itemSaying("OK"));
+        QTRY_COMPARE_WITH_TIMEOUT(ui.text("updateStatusText"), "Bad update position request.",
+                                  WindowFixture::TimeoutMs);
+        ui.takePicture("update-error");
+        ui.press(Qt::Key_Escape);
+        QVERIFY(ui.isOpen("updateDialog"));
+        ui.click(ui.itemSaying("Cancel"));
+        QTRY_VERIFY(!ui.isOpen("updateDialog"));
     }
 
     void updatesAndConnects()
@@ -78,6 +122,19 @@ private:
     {
         return scanFor(ui, "Ostrel:0") && choose(ui, "Ostrel:0") &&
                QTest::qWaitFor([&] { return isAsking(ui); });
+    }
+
+    /// Updates the box, which from now on takes its time.
+    static bool startSlowUpdate(const WindowFixture &ui, BoxProcess &box)
+    {
+        if (!offerUpdate(ui))
+            return false;
+        box.send("faults --slow 300");
+        if (!box.waitForLine("^faults"))
+            return false;
+        ui.click(ui.itemSaying("OK"));
+        return QTest::qWaitFor([&] { return ui.text("updateStatusText") == "Update in progress"; },
+                               WindowFixture::TimeoutMs);
     }
 };
 
