@@ -17,6 +17,16 @@ Item {
         title: qsTr("Current Script")
 
         IconButton {
+            objectName: "readIcon"
+            anchors.right: sendIcon.left
+            anchors.rightMargin: 10
+            anchors.verticalCenter: parent.verticalCenter
+            action: root.actions.readScript
+            icon: "/assets/ReadScript2.svg"
+            disabledReason: root.deviceNeededText
+        }
+
+        IconButton {
             id: sendIcon
 
             objectName: "sendIcon"
@@ -25,16 +35,6 @@ Item {
             anchors.verticalCenter: parent.verticalCenter
             action: root.actions.sendScript
             icon: "/assets/SendScript2.svg"
-            disabledReason: root.deviceNeededText
-        }
-
-        IconButton {
-            objectName: "readIcon"
-            anchors.right: sendIcon.left
-            anchors.rightMargin: 10
-            anchors.verticalCenter: parent.verticalCenter
-            action: root.actions.readScript
-            icon: "/assets/ReadScript2.svg"
             disabledReason: root.deviceNeededText
         }
     }

@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Controls
 import QtQuick.Dialogs
 
 /// Lets the user pick the file that a script is read from or written to. Made when first needed.
@@ -7,6 +8,7 @@ Item {
 
     signal opened(var urls)
     signal saveChosen(url file)
+    signal replaceChosen(url file)
 
     function chooseOpen() {
         openDialog.open();
@@ -17,6 +19,12 @@ Item {
         const fileName = scriptName.replace(/[\\/:*?"<>|\x00-\x1F]/g, "_") + ".py";
         saveDialog.selectedFile = saveDialog.currentFolder + "/" + encodeURIComponent(fileName);
         saveDialog.open();
+    }
+
+    function askToReplace(fileName: string, file: url) {
+        replaceDialog.file = file;
+        replaceDialog.text = qsTr("Replace '%1'?").arg(fileName);
+        replaceDialog.open();
     }
 
     FileDialog {
@@ -33,8 +41,21 @@ Item {
 
         title: qsTr("Save script to file")
         fileMode: FileDialog.SaveFile
+        acceptLabel: qsTr("Save")
+        // Not every such dialog asks, so we do. The linter of Qt 6.4 does not know the options.
+        options: FileDialog.DontConfirmOverwrite // qmllint disable
         defaultSuffix: "py"
         nameFilters: [qsTr("MicroPython scripts (*.py)")]
         onAccepted: root.saveChosen(selectedFile)
+    }
+
+    TextDialog {
+        id: replaceDialog
+
+        property url file
+
+        objectName: "replaceDialog"
+        standardButtons: Dialog.Ok | Dialog.Cancel
+        onAccepted: root.replaceChosen(file)
     }
 }

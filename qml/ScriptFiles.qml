@@ -12,12 +12,15 @@ Item {
     property string textToSave: ""
 
     function readAll(urls) {
+        const refused = [];
         for (const file of urls) {
             if (scriptFile.read(file))
                 scriptRead(scriptFile.name, scriptFile.text);
             else
-                failed(scriptFile.errorText);
+                refused.push(scriptFile.errorText);
         }
+        if (refused.length > 0)
+            failed(refused.join("\n"));
     }
 
     function chooseAndRead() {
@@ -36,6 +39,14 @@ Item {
             failed(scriptFile.errorText);
     }
 
+    function writeOrAsk(file: url) {
+        const replaced = scriptFile.existingName(file);
+        if (replaced === "")
+            write(file);
+        else
+            (dialogs.item as ScriptFileDialogs).askToReplace(replaced, file);
+    }
+
     ScriptFile {
         id: scriptFile
     }
@@ -46,7 +57,8 @@ Item {
         active: false
         sourceComponent: ScriptFileDialogs {
             onOpened: urls => root.readAll(urls)
-            onSaveChosen: file => root.write(file)
+            onSaveChosen: file => root.writeOrAsk(file)
+            onReplaceChosen: file => root.write(file)
         }
     }
 }

@@ -7,6 +7,7 @@ Palette {
     base: "#222222"
     text: "#FFFFFF"
     dark: "#303030"
+    light: "#555555"
     mid: "#888888"
     midlight: "#999999"
     button: "#666666"

@@ -4,6 +4,7 @@
 #include "scripts/SaveLock.h"
 
 #include <QDebug>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
@@ -75,6 +76,8 @@ bool LibraryFile::save(const QList<scripts::Script> &list, quint64 revision)
 
 bool LibraryFile::saveBytes(const QByteArray &bytes, quint64 revision)
 {
+    // The folder may have gone since the start.
+    QDir().mkpath(QFileInfo(m_path).path());
     const SaveLock lock(m_path);
     const std::optional<QByteArray> present = read();
     if (present && *present != bytes && digestOf(*present) != m_digest) {

@@ -18,6 +18,13 @@ bool hasScriptLength(const QString &text)
     return text.size() <= ScriptFile::MaxLength;
 }
 
+/// Empty for what is not on this machine.
+QString localPath(const QUrl &file)
+{
+    // Qt's own file dialog, up to 6.4 at least, returns a name that was typed as a mere path.
+    return file.scheme().isEmpty() ? file.path(QUrl::FullyDecoded) : file.toLocalFile();
+}
+
 QString withPlainLineEnds(QString text)
 {
     text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
@@ -33,7 +40,7 @@ ScriptFile::ScriptFile(QObject *parent)
 
 bool ScriptFile::read(const QUrl &file)
 {
-    const QString path = file.toLocalFile();
+    const QString path = localPath(file);
     const QFileInfo info(path);
     const auto refuse = [this](const QString &errorText) {
         set({}, {}, errorText);
@@ -58,9 +65,15 @@ bool ScriptFile::read(const QUrl &file)
     return true;
 }
 
+QString ScriptFile::existingName(const QUrl &file) const
+{
+    const QFileInfo info(localPath(file));
+    return info.exists() ? info.fileName() : QString();
+}
+
 bool ScriptFile::write(const QUrl &file, const QString &scriptText)
 {
-    const QString path = file.toLocalFile();
+    const QString path = localPath(file);
     const bool written = !path.isEmpty() && scripts::replaceFile(path, scriptText.toUtf8());
     set(m_name, m_text,
         written ? QString() : tr("\"%1\" cannot be written.").arg(QFileInfo(path).fileName()));

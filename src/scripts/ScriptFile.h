@@ -29,6 +29,9 @@ public:
     /// is refused: then both are empty and the result is false.
     Q_INVOKABLE bool read(const QUrl &file);
 
+    /// The name of the file that stands at that place; empty where there is none.
+    [[nodiscard]] Q_INVOKABLE QString existingName(const QUrl &file) const;
+
     /// Writes a script. False when the disk refused; an older file is then as it was.
     Q_INVOKABLE bool write(const QUrl &file, const QString &scriptText);
 

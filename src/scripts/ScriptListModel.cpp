@@ -4,6 +4,7 @@
 #include "scripts/LibraryFile.h"
 #include "scripts/ReplaceFile.h"
 
+#include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
 #include <QFile>
@@ -49,6 +50,9 @@ ScriptListModel::ScriptListModel(QObject *parent)
     }
     m_settle.setInterval(SettleTime);
     m_deadline.setInterval(MaxUnsavedTime);
+    // Before ports and windows are taken down, which a broken service may hold up.
+    connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
+            [this] { saveIfNamed(); });
 
     if (loadFromFile(m_scriptFileName))
         return;

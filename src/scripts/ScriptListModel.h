@@ -18,8 +18,8 @@ class QNetworkReply;
 ///
 /// addScript and removeScript save at once. A change of a name or a text and a sort are saved in
 /// the background, once no further one came for SettleTime and at the latest MaxUnsavedTime after
-/// the first. The destructor saves the rest. How the file is replaced, and what becomes of one that
-/// another program has put there, is told in LibraryFile.
+/// the first. The end of the event loop and the destructor save the rest. How the file is replaced,
+/// and what becomes of one that another program has put there, is told in LibraryFile.
 class ScriptListModel : public QAbstractListModel
 {
     Q_OBJECT

@@ -1,11 +1,35 @@
 #include "support/HttpServer.h"
 
+#include <QSslConfiguration>
+#include <QSslServer>
 #include <QTcpSocket>
 
-HttpServer::HttpServer()
+namespace
 {
-    connect(&m_server, &QTcpServer::newConnection, this, [this] {
-        QTcpSocket *socket = m_server.nextPendingConnection();
+
+std::unique_ptr<QTcpServer> tlsServer(const QSslConfiguration &tls)
+{
+    auto server = std::make_unique<QSslServer>();
+    server->setSslConfiguration(tls);
+    return server;
+}
+
+} // namespace
+
+HttpServer::HttpServer()
+    : HttpServer(std::make_unique<QTcpServer>(), QStringLiteral("http"))
+{}
+
+HttpServer::HttpServer(const QSslConfiguration &tls)
+    : HttpServer(tlsServer(tls), QStringLiteral("https"))
+{}
+
+HttpServer::HttpServer(std::unique_ptr<QTcpServer> server, QString scheme)
+    : m_server(std::move(server))
+    , m_scheme(std::move(scheme))
+{
+    connect(m_server.get(), &QTcpServer::pendingConnectionAvailable, this, [this] {
+        QTcpSocket *socket = m_server->nextPendingConnection();
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] { serve(socket); });
         connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
             --m_open;
@@ -13,13 +37,16 @@ HttpServer::HttpServer()
         });
         ++m_open;
     });
-    if (!m_server.listen(QHostAddress::LocalHost))
-        qFatal("No port to serve on: %s", qUtf8Printable(m_server.errorString()));
+    if (!m_server->listen(QHostAddress::LocalHost))
+        qFatal("No port to serve on: %s", qUtf8Printable(m_server->errorString()));
 }
 
 QString HttpServer::url(const QString &path) const
 {
-    return QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(path);
+    return QStringLiteral("%1://127.0.0.1:%2%3")
+        .arg(m_scheme)
+        .arg(m_server->serverPort())
+        .arg(path);
 }
 
 QByteArray HttpServer::response(const QByteArray &status, const QByteArray &body,

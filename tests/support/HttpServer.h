@@ -4,7 +4,9 @@
 #include <QTcpServer>
 
 #include <functional>
+#include <memory>
 
+class QSslConfiguration;
 class QTcpSocket;
 
 /// A web server on loopback that answers each path as its test says. Lives on the test's thread.
@@ -17,6 +19,8 @@ public:
     using Answer = std::function<void(QTcpSocket *)>;
 
     HttpServer();
+    /// Serves HTTPS, with the certificate and key of `tls`.
+    explicit HttpServer(const QSslConfiguration &tls);
 
     /// The address of `path`, which begins with a slash.
     [[nodiscard]] QString url(const QString &path) const;
@@ -32,9 +36,11 @@ public:
                                              const QByteArray &headers = {});
 
 private:
+    HttpServer(std::unique_ptr<QTcpServer> server, QString scheme);
     void serve(QTcpSocket *socket);
 
-    QTcpServer m_server;
+    std::unique_ptr<QTcpServer> m_server;
+    QString m_scheme;
     QHash<QByteArray, Answer> m_answers;
     bool m_served = false;
     int m_open = 0;

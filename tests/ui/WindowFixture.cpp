@@ -1,6 +1,5 @@
 #include "ui/WindowFixture.h"
 
-#include <QAccessible>
 #include <QDir>
 #include <QGuiApplication>
 #include <QQuickStyle>
@@ -36,6 +35,15 @@ QString nameOf(QQuickItem *item)
 {
     const QAccessibleInterface *const shown = QAccessible::queryAccessibleInterface(item);
     return shown ? shown->text(QAccessible::Name) : QString();
+}
+
+void collectNames(const QAccessibleInterface *shown, QMultiMap<QString, QAccessible::Role> &names)
+{
+    if (!shown || shown->state().invisible)
+        return;
+    names.insert(shown->text(QAccessible::Name), shown->role());
+    for (int i = 0; i < shown->childCount(); ++i)
+        collectNames(shown->child(i), names);
 }
 
 QList<QQuickItem *> fromTopToBottom(QList<QQuickItem *> items)
@@ -87,7 +95,14 @@ WindowFixture::WindowFixture(const std::optional<Library> &library)
         qFatal("The main window does not show");
 }
 
-WindowFixture::~WindowFixture() = default;
+WindowFixture::~WindowFixture()
+{
+    // What is still to be delivered belongs to this window: the engine leaks a signal of another
+    // thread whose receiver is gone.
+    QCoreApplication::sendPostedEvents();
+    m_engine.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
 
 void WindowFixture::failOnWarnings()
 {
@@ -153,6 +168,19 @@ QQuickItem *WindowFixture::itemSaying(const QString &text) const
     });
 }
 
+bool WindowFixture::showsLiterally(const QString &text) const
+{
+    bool isShown = false;
+    const QQuickItem *const misread = find([&](const QQuickItem *item) {
+        if (!item->property("text").toString().contains(text))
+            return false;
+        isShown = true;
+        const QVariant format = item->property("textFormat");
+        return format.isValid() && format.toInt() != Qt::PlainText;
+    });
+    return isShown && !misread;
+}
+
 QStringList WindowFixture::rows(const QString &listName) const
 {
     const QQuickItem *const list = item(listName);
@@ -177,6 +205,13 @@ QString WindowFixture::focusedName() const
     return {};
 }
 
+QMultiMap<QString, QAccessible::Role> WindowFixture::accessibleNames() const
+{
+    QMultiMap<QString, QAccessible::Role> names;
+    collectNames(QAccessible::queryAccessibleInterface(m_window), names);
+    return names;
+}
+
 void WindowFixture::click(QQuickItem *item) const
 {
     if (QTest::qVerify(item, "item", "There is nothing to click", __FILE__, __LINE__))
@@ -196,6 +231,22 @@ void WindowFixture::hover(const QString &objectName) const
 void WindowFixture::press(Qt::Key key, Qt::KeyboardModifiers modifiers) const
 {
     QTest::keyClick(m_window, key, modifiers);
+}
+
+QStringList WindowFixture::tabOrder() const
+{
+    constexpr int Many = 50;
+    QStringList order{focusedName()};
+    do {
+        if (order.last() == QLatin1String("Script editor"))
+            m_window->activeFocusItem()->nextItemInFocusChain()->forceActiveFocus(
+                Qt::TabFocusReason);
+        else
+            press(Qt::Key_Tab);
+        order << focusedName();
+    } while (order.last() != order.first() && order.size() < Many);
+    order.removeLast();
+    return order;
 }
 
 void WindowFixture::type(const QString &text) const

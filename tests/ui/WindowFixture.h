@@ -5,6 +5,8 @@
 #include "support/MidiServer.h"
 #include "unit/scripts/LibraryHome.h"
 
+#include <QAccessible>
+#include <QMultiMap>
 #include <QQmlApplicationEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -50,9 +52,13 @@ public:
     [[nodiscard]] QQuickItem *item(const QString &objectName) const;
     [[nodiscard]] QQuickItem *itemCalled(const QString &accessibleName) const;
     [[nodiscard]] QQuickItem *itemSaying(const QString &text) const;
+    /// Whether something in sight says `text`, and nothing that does takes it for markup.
+    [[nodiscard]] bool showsLiterally(const QString &text) const;
     /// The texts of a list's rows from top to bottom.
     [[nodiscard]] QStringList rows(const QString &listName) const;
     [[nodiscard]] QString focusedName() const;
+    /// What assistive technology finds in the window: the names, with what bears them.
+    [[nodiscard]] QMultiMap<QString, QAccessible::Role> accessibleNames() const;
 
     // What a user does. A missing item fails the test.
 
@@ -60,6 +66,9 @@ public:
     void click(const QString &objectName) const { click(item(objectName)); }
     void hover(const QString &objectName) const;
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const;
+    /// Goes on with Tab until the focus is where it was, and returns what had it on the way. The
+    /// script editor, where Tab inserts blanks, is helped on.
+    [[nodiscard]] QStringList tabOrder() const;
     /// Types text of one line in ASCII.
     void type(const QString &text) const;
 

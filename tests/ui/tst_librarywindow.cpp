@@ -1,7 +1,5 @@
 #include "ui/WindowFixture.h"
 
-#include <QMimeData>
-#include <QTemporaryDir>
 #include <QTest>
 
 namespace
@@ -221,42 +219,11 @@ private slots:
         QTRY_COMPARE(ui.savedLibrary().first().text.size(), MaxScriptLength + 2);
     }
 
-    void takesDroppedFiles()
-    {
-        const QTemporaryDir folder;
-        const auto write = [&](const QString &name, const QByteArray &content) {
-            QFile file(folder.filePath(name));
-            if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-                qFatal("The test's own file cannot be written");
-            return QUrl::fromLocalFile(file.fileName());
-        };
-        const WindowFixture ui(threeScripts());
-        drop(ui, {write("Chorus.py", "# \xC3\xBC\r\n"), write("Echo.py", "# echo\n")});
-        QTRY_COMPARE(ui.rows("scriptListView"),
-                     QStringList({"beta", "Alpha", "gamma", "Chorus", "Echo"}));
-        QCOMPARE(ui.text("scriptTextArea"), "# echo\n");
-        QCOMPARE(ui.savedLibrary().at(3).text, QStringLiteral("# \u00FC\n"));
-
-        drop(ui, {write("picture.py", QByteArray("\x89PNG\0", 5))});
-        QTRY_VERIFY(ui.itemSaying("\"picture.py\" is not a text file in UTF-8."));
-        ui.press(Qt::Key_Return);
-        QTRY_VERIFY(!ui.itemSaying("\"picture.py\" is not a text file in UTF-8."));
-        QCOMPARE(ui.savedNames().size(), 5);
-    }
-
     void isUsableByKeyboard()
     {
         const WindowFixture ui(threeScripts());
-        QStringList order;
-        while (order.size() < 20 && (order.isEmpty() || order.first() != ui.focusedName())) {
-            order << ui.focusedName();
-            if (order.last() == "Script editor") // there, Tab inserts blanks
-                ui.click("messageTextArea");
-            else
-                ui.press(Qt::Key_Tab);
-        }
-        QCOMPARE(order.join(", "),
-                 "beta, Download Scripts, Read Guide, Script editor, Message log, "
+        QCOMPARE(ui.tabOrder().join(", "),
+                 "beta, Download Scripts, Read Guide, Script editor, Clear, Message log, "
                  "Device, Sort scripts, Delete script, Add script");
         QCOMPARE(ui.text("scriptTextArea"), "# second\n");
         ui.click("messageTextArea");
@@ -285,19 +252,6 @@ private slots:
         ui.type("my own note");
         ui.press(Qt::Key_K, Qt::ControlModifier | Qt::ShiftModifier);
         QCOMPARE(ui.text("messageTextArea"), "");
-    }
-
-private:
-    static void drop(const WindowFixture &ui, const QList<QUrl> &files)
-    {
-        QMimeData data;
-        data.setUrls(files);
-        const QQuickItem *const list = ui.item("scriptListView");
-        const QPointF place = list->mapToScene({list->width() / 2, list->height() / 2});
-        QDragEnterEvent enter(place.toPoint(), Qt::CopyAction, &data, Qt::LeftButton, {});
-        QCoreApplication::sendEvent(ui.window(), &enter);
-        QDropEvent drop(place, Qt::CopyAction, &data, Qt::LeftButton, {});
-        QCoreApplication::sendEvent(ui.window(), &drop);
     }
 };
 

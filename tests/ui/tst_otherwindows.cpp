@@ -18,14 +18,22 @@ HttpServer::Answer ok(const QByteArray &body)
     };
 }
 
-/// Remembers the links that would have gone to the system's browser.
+/// Remembers the links that would have gone to the system's browser and other programs.
 class Browser : public QObject
 {
     Q_OBJECT
 
 public:
-    Browser() { QDesktopServices::setUrlHandler("https", this, "open"); }
-    ~Browser() override { QDesktopServices::unsetUrlHandler("https"); }
+    Browser()
+    {
+        for (const QString &scheme : Schemes)
+            QDesktopServices::setUrlHandler(scheme, this, "open");
+    }
+    ~Browser() override
+    {
+        for (const QString &scheme : Schemes)
+            QDesktopServices::unsetUrlHandler(scheme);
+    }
 
     [[nodiscard]] const QList<QUrl> &opened() const { return m_opened; }
 
@@ -33,6 +41,8 @@ public slots:
     void open(const QUrl &url) { m_opened << url; }
 
 private:
+    static inline const QStringList Schemes{"https", "http", "file", "mailto", "javascript", "qrc"};
+
     QList<QUrl> m_opened;
 };
 
@@ -58,6 +68,11 @@ private slots:
         ui.click("downloadIcon");
         QTRY_VERIFY(ui.isOpen("downloadScriptWindow"));
         QTRY_COMPARE(ui.rows("downloadScriptListView"), QStringList({"Echo", "<b>Tap</b>"}));
+        QVERIFY(ui.showsLiterally("<b>Tap</b>"));
+        const auto names = ui.accessibleNames();
+        QVERIFY(names.contains("Download Scripts", QAccessible::Dialog));
+        QVERIFY(names.contains("Download list", QAccessible::List));
+        QVERIFY(names.contains("Script notes", QAccessible::EditableText));
         QCOMPARE(ui.text("downloadNotesArea"), "#\n# ECHO\n# repeats\n");
         ui.takePicture("download");
         ui.click(ui.itemSaying("<b>Tap</b>"));
@@ -80,6 +95,16 @@ private slots:
         ui.press(Qt::Key_Return);
         QTRY_VERIFY(!ui.isOpen("downloadScriptWindow"));
         QCOMPARE(ui.savedNames(), QStringList({"mine", "Echo", "Tape"}));
+
+        // Where nothing is selected, a script without name and text is added.
+        server.on("/library", ok(writeLibrary({})));
+        ui.press(Qt::Key_D, Qt::ControlModifier);
+        QTRY_VERIFY(ui.isOpen("downloadScriptWindow"));
+        QCOMPARE(ui.rows("downloadScriptListView"), QStringList());
+        ui.click("downloadScriptButton");
+        QTRY_VERIFY(!ui.isOpen("downloadScriptWindow"));
+        QCOMPARE(ui.savedLibrary().size(), 4);
+        QCOMPARE(ui.savedLibrary().last(), scripts::Script());
     }
 
     void offersNothingWithoutTheWeb()
@@ -163,6 +188,24 @@ private slots:
             ui.press(key);
             QTRY_VERIFY(!ui.item("helpTextArea"));
         }
+    }
+
+    void opensNothingButHttps()
+    {
+        const Browser browser;
+        const WindowFixture ui;
+        ui.press(Qt::Key_F1);
+        QTRY_VERIFY(ui.item("helpTextArea"));
+        const auto follow = [&](const QString &link) {
+            const QString text = QString("<a href='%1'>a link</a>").arg(link);
+            return ui.object("helpTextArea")->setProperty("text", text) && clickOn(ui, 3);
+        };
+        for (const char *link :
+             {"http://ostrel.example/", "file:///etc/hosts", "mailto:somebody@ostrel.example",
+              "javascript:alert(1)", "qrc:/x", "//ostrel.example/", "x.html"})
+            QVERIFY(follow(link));
+        QVERIFY(follow("https://ostrel.example/"));
+        QCOMPARE(browser.opened(), QList<QUrl>{QUrl("https://ostrel.example/")});
     }
 
     void looksAsDesigned_data()

@@ -5,6 +5,7 @@
 #include <QRandomGenerator>
 #include <QTest>
 
+#include <atomic>
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -69,7 +70,11 @@ private slots:
     void keepsADamagedFile_data();
     void keepsADamagedFile();
     void keepsWhatAnotherEditorSaved();
+    void losesNothingWhenTwoSaveAtOnce();
     void leavesANewerLibraryAlone();
+    void savesWhateverTheClockSays_data();
+    void savesWhateverTheClockSays();
+    void savesOnceTheFolderIsBack();
     void isWholeAfterAKill();
     void keepsTheOldFileOnAFullDisk_data();
     void keepsTheOldFileOnAFullDisk();
@@ -137,6 +142,41 @@ void LibrarySafetyTest::keepsWhatAnotherEditorSaved()
     QCOMPARE(m_home->files().filter(QStringLiteral("conflict")).size(), 3);
 }
 
+void LibrarySafetyTest::losesNothingWhenTwoSaveAtOnce()
+{
+    int ready[2];
+    int go[2];
+    QVERIFY(pipe(ready) == 0 && pipe(go) == 0);
+    const auto startEditor = [&](const QString &text) {
+        return startChild([&] {
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+            ScriptListModel model;
+            model.modifyScriptText(0, text);
+            char byte = 0;
+            const bool told = write(ready[1], &byte, 1) == 1 && read(go[0], &byte, 1) == 1;
+            return told && model.saveToFile() ? 0 : 1;
+        });
+    };
+    for (int round = 0; round < 100; ++round) {
+        m_home = std::make_unique<LibraryHome>();
+        m_home->write(writeLibrary(listOf(1, QStringLiteral("start"))));
+        const pid_t first = startEditor(QStringLiteral("first"));
+        const pid_t second = startEditor(QStringLiteral("second"));
+        char bytes[2] = {};
+        QVERIFY(read(ready[0], bytes, 1) == 1 && read(ready[0], bytes, 1) == 1);
+        QVERIFY(write(go[1], bytes, 2) == 2);
+        QCOMPARE(resultOf(first), 0);
+        QCOMPARE(resultOf(second), 0);
+        QStringList kept;
+        for (const QString &file : m_home->files())
+            kept += readLibrary(m_home->read(file)).scripts.value_or(ScriptList()).value(0).text;
+        kept.sort();
+        QCOMPARE(kept, QStringList({"first", "second"}));
+    }
+    for (const int end : {ready[0], ready[1], go[0], go[1]})
+        close(end);
+}
+
 void LibrarySafetyTest::leavesANewerLibraryAlone()
 {
     const QByteArray newer = writeLibrary(listOf(2, QStringLiteral("newer")));
@@ -153,6 +193,58 @@ void LibrarySafetyTest::leavesANewerLibraryAlone()
     }
     QCOMPARE(m_home->read(), QByteArray("{}"));
     QCOMPARE(m_home->files(), QStringList{"OSTScripts.json"});
+}
+
+void LibrarySafetyTest::savesWhateverTheClockSays_data()
+{
+    QTest::addColumn<int>("year");
+    QTest::newRow("set back") << 2100;
+    QTest::newRow("set forward") << 1990;
+}
+
+void LibrarySafetyTest::savesWhateverTheClockSays()
+{
+    QFETCH(const int, year);
+    const auto setTime = [&] {
+        QFile file(m_home->path());
+        return file.open(QIODevice::ReadWrite) &&
+               file.setFileTime(QDate(year, 1, 1).startOfDay(), QFile::FileModificationTime);
+    };
+    m_home->write(writeLibrary(listOf(1, QStringLiteral("0"))));
+    ScriptListModel model;
+    QVERIFY(setTime());
+    model.modifyScriptText(0, QStringLiteral("1"));
+    QVERIFY(model.saveToFile());
+    QCOMPARE(m_home->read(), writeLibrary(listOf(1, QStringLiteral("1"))));
+    QCOMPARE(m_home->files().size(), 1);
+
+    // Another program's file of the same size and time is not taken for our own.
+    QVERIFY(setTime());
+    QVERIFY(model.saveToFile());
+    const QByteArray foreign = writeLibrary(listOf(1, QStringLiteral("2")));
+    m_home->write(foreign);
+    QVERIFY(setTime());
+    model.modifyScriptText(0, QStringLiteral("3"));
+    QVERIFY(model.saveToFile());
+    QCOMPARE(m_home->read(QStringLiteral("OSTScripts.conflict-1.json")), foreign);
+}
+
+void LibrarySafetyTest::savesOnceTheFolderIsBack()
+{
+    ScriptListModel model;
+    QVERIFY(QDir(m_home->folder()).removeRecursively());
+    QFile inTheWay(m_home->folder());
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    model.modifyScriptText(0, QStringLiteral("edited"));
+    static std::atomic_bool failed = false;
+    const QtMessageHandler handler = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext &, const QString &) { failed = true; });
+    const bool hasFailed = QTest::qWaitFor([] { return failed.load(); }, 30000);
+    qInstallMessageHandler(handler);
+    QVERIFY(hasFailed);
+    QVERIFY(inTheWay.remove());
+    const auto saved = [&] { return readLibrary(m_home->read()).scripts.value_or(ScriptList()); };
+    QTRY_COMPARE_WITH_TIMEOUT(saved().value(0).text, QStringLiteral("edited"), 60000);
 }
 
 void LibrarySafetyTest::isWholeAfterAKill()

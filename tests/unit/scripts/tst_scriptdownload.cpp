@@ -3,9 +3,15 @@
 #include "support/HttpServer.h"
 
 #include <QPointer>
+#include <QProcess>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QSignalSpy>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslKey>
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <QTest>
 
 using scripts::writeLibrary;
@@ -24,6 +30,33 @@ HttpServer::Answer always(const QByteArray &response)
 HttpServer::Answer ok(const QByteArray &body)
 {
     return always(HttpServer::response("200 OK", body));
+}
+
+QByteArray packed(const QByteArray &body)
+{
+    return qCompress(body).sliced(4); // without the length that Qt puts in front
+}
+
+/// What a server needs to speak TLS. Its certificate vouches for itself.
+std::optional<QSslConfiguration> certifiedByItself()
+{
+    const QTemporaryDir folder;
+    const QString keyPath = folder.filePath(QStringLiteral("key.pem"));
+    const QString certificatePath = folder.filePath(QStringLiteral("certificate.pem"));
+    QProcess openssl;
+    openssl.setStandardErrorFile(QProcess::nullDevice());
+    openssl.start("openssl", {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2",
+                              "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1",
+                              "-keyout", keyPath, "-out", certificatePath});
+    openssl.waitForFinished();
+    QFile keyFile(keyPath);
+    const QList<QSslCertificate> certificates = QSslCertificate::fromPath(certificatePath);
+    if (!keyFile.open(QIODevice::ReadOnly) || certificates.isEmpty())
+        return std::nullopt;
+    QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
+    tls.setLocalCertificate(certificates.first());
+    tls.setPrivateKey(QSslKey(&keyFile, QSsl::Rsa));
+    return tls;
 }
 
 /// Sends zeros for as long as somebody takes them.
@@ -50,9 +83,12 @@ private slots:
     void leavesTheListAlone_data();
     void leavesTheListAlone();
     void takesWhatFinishesLast();
+    void staysOnHttps();
 
 private:
     [[nodiscard]] QString nameAt(int row) { return m_model->scriptNameAt(row); }
+    /// Downloads, and returns what was logged when `done` became true or at the end of patience.
+    [[nodiscard]] QStringList logOf(const QString &url, const std::function<bool()> &done);
 
     LibraryHome m_home;
     std::unique_ptr<HttpServer> m_server;
@@ -67,6 +103,17 @@ void ScriptDownloadTest::init()
     m_model->setScriptFileName({});
     m_model->clear();
     m_model->addScript(QStringLiteral("before"), {});
+}
+
+QStringList ScriptDownloadTest::logOf(const QString &url, const std::function<bool()> &done)
+{
+    s_log.clear();
+    const QtMessageHandler handler = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext &, const QString &text) { s_log.append(text); });
+    m_model->loadFromUrl(url);
+    const bool wasDone = QTest::qWaitFor(done, 60000);
+    qInstallMessageHandler(handler);
+    return wasDone ? s_log : QStringList(QStringLiteral("not done: ")) + s_log;
 }
 
 void ScriptDownloadTest::replacesTheList()
@@ -106,6 +153,10 @@ void ScriptDownloadTest::leavesTheListAlone_data()
     QTest::newRow("array") << ok("[]")
                            << QStringList{invalid, "^no error occurred\n$", "^0 pos 0\n$"};
     QTest::newRow("too large") << HttpServer::Answer(sendWithoutEnd) << QStringList{networkError};
+    QTest::newRow("too large once unpacked")
+        << always(HttpServer::response("200 OK", packed(QByteArray(40 << 20, ' ') + "{}"),
+                                       "Content-Encoding: deflate\r\n"))
+        << QStringList{networkError};
     QTest::newRow("redirected for ever")
         << always(HttpServer::response("302 Found", {}, "Location: /library\r\n"))
         << QStringList{networkError};
@@ -120,20 +171,13 @@ void ScriptDownloadTest::leavesTheListAlone()
     QFETCH(const QStringList, warnings);
     m_server->on("/library", answer);
     QSignalSpy reset(m_model.get(), &QAbstractItemModel::modelReset);
-    s_log.clear();
-    const QtMessageHandler handler = qInstallMessageHandler(
-        [](QtMsgType, const QMessageLogContext &, const QString &text) { s_log.append(text); });
-    m_model->loadFromUrl(m_server->url(QStringLiteral("/library")));
-    const auto done = [&] {
+    const QStringList log = logOf(m_server->url(QStringLiteral("/library")), [&] {
         return m_server->hasServed() && m_server->isIdle() && s_log.size() >= warnings.size();
-    };
-    const bool wasDone = QTest::qWaitFor(done, 60000);
-    qInstallMessageHandler(handler);
-    QVERIFY2(wasDone, qPrintable(s_log.join(u'\n')));
-    QCOMPARE(s_log.size(), warnings.size());
+    });
+    QCOMPARE(log.size(), warnings.size());
     for (qsizetype i = 0; i < warnings.size(); ++i) {
         const QRegularExpression expected(warnings[i]);
-        QVERIFY2(expected.match(s_log[i]).hasMatch(), qPrintable(s_log[i]));
+        QVERIFY2(expected.match(log[i]).hasMatch(), qPrintable(log[i]));
     }
     QCOMPARE(nameAt(0), QStringLiteral("before"));
 
@@ -161,6 +205,42 @@ void ScriptDownloadTest::takesWhatFinishesLast()
     slow->disconnectFromHost();
     QTRY_COMPARE(nameAt(0), QStringLiteral("slow"));
     QCOMPARE(m_model->rowCount(), 1);
+}
+
+void ScriptDownloadTest::staysOnHttps()
+{
+    const std::optional<QSslConfiguration> tls = certifiedByItself();
+    QVERIFY(tls);
+    HttpServer safe(*tls);
+    safe.on("/library", ok(writeLibrary({{"safe", {}}})));
+    safe.on("/moved", always(HttpServer::response("302 Found", {}, "Location: /library\r\n")));
+    m_server->on("/library", ok(writeLibrary({{"unsafe", {}}})));
+    const QByteArray weaker = m_server->url(QStringLiteral("/library")).toLatin1();
+    safe.on("/weaker",
+            always(HttpServer::response("302 Found", {}, "Location: " + weaker + "\r\n")));
+
+    const auto errorOf = [this](const HttpServer &server, const QString &path) {
+        return logOf(server.url(path), [] { return !s_log.isEmpty(); }).value(0);
+    };
+    const QString networkError = QStringLiteral("Network error: ");
+    {
+        const QSslConfiguration before = QSslConfiguration::defaultConfiguration();
+        const auto restore =
+            qScopeGuard([&] { QSslConfiguration::setDefaultConfiguration(before); });
+        QSslConfiguration trusting = before;
+        trusting.setCaCertificates({tls->localCertificate()});
+        QSslConfiguration::setDefaultConfiguration(trusting);
+        const QString insecure = errorOf(safe, QStringLiteral("/weaker"));
+        QVERIFY2(insecure.startsWith(networkError), qPrintable(insecure));
+        QVERIFY(!m_server->hasServed());
+        m_model->loadFromUrl(safe.url(QStringLiteral("/moved")));
+        QTRY_COMPARE(nameAt(0), QStringLiteral("safe"));
+    }
+    HttpServer unknown(*tls);
+    unknown.on("/library", ok(writeLibrary({{"unknown", {}}})));
+    const QString untrusted = errorOf(unknown, QStringLiteral("/library"));
+    QVERIFY2(untrusted.startsWith(networkError), qPrintable(untrusted));
+    QCOMPARE(nameAt(0), QStringLiteral("safe"));
 }
 
 QTEST_GUILESS_MAIN(ScriptDownloadTest)

@@ -73,11 +73,19 @@ void ScriptFileTest::writesWhatItReads()
     const QTemporaryDir folder;
     const QUrl url = QUrl::fromLocalFile(folder.filePath(QStringLiteral("blink.py")));
     ScriptFile script;
+    QCOMPARE(script.existingName(url), QString());
     QVERIFY(script.write(url, QStringLiteral("much longer than what comes next")));
     QVERIFY(script.write(url, QStringLiteral("print('\u00E9')\n")));
     QVERIFY(script.read(url));
     QCOMPARE(script.text(), QStringLiteral("print('\u00E9')\n"));
     QVERIFY(script.errorText().isEmpty());
+    QCOMPARE(script.existingName(url), QStringLiteral("blink.py"));
+
+    // As a name that was typed arrives from Qt 6.4's own dialog.
+    const QUrl typed(folder.filePath(QStringLiteral("100% wet.py")));
+    QVERIFY(script.write(typed, QStringLiteral("typed")));
+    QVERIFY(script.read(QUrl::fromLocalFile(folder.filePath(QStringLiteral("100% wet.py")))));
+    QCOMPARE(script.text(), QStringLiteral("typed"));
 }
 
 QTEST_GUILESS_MAIN(ScriptFileTest)

@@ -53,6 +53,7 @@ private slots:
     void savesSoonAfterTypingPauses();
     void savesWhileTypingGoesOn();
     void savesTheRestAtTheEnd();
+    void savesWhenTheLoopEnds();
 
 private:
     /// A model with no scripts, whose file does not exist yet.
@@ -324,6 +325,18 @@ void ScriptListModelTest::savesTheRestAtTheEnd()
     model->saveInBackground();
     model->modifyScriptText(0, QStringLiteral("last"));
     model.reset();
+    QCOMPARE(onDisk().value(0).text, QStringLiteral("last"));
+}
+
+void ScriptListModelTest::savesWhenTheLoopEnds()
+{
+    const auto model = emptyModel();
+    addAll(*model, {"a"});
+    QTimer::singleShot(0, model.get(), [&] {
+        model->modifyScriptText(0, QStringLiteral("last"));
+        QCoreApplication::exit();
+    });
+    QCoreApplication::exec();
     QCOMPARE(onDisk().value(0).text, QStringLiteral("last"));
 }
 

@@ -1,0 +1,191 @@
+#include "ui/WindowFixture.h"
+
+#include <QMimeData>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace
+{
+
+constexpr char NoText[] = "\"<b>picture.py\" is not a text file in UTF-8.";
+
+} // namespace
+
+/// Scripts as files: what is dropped on the window, opened in it and saved from it. The dialogs are
+/// those for systems without any of their own.
+class ScriptFileWindowTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        WindowFixture::failOnWarnings();
+        m_folder = std::make_unique<QTemporaryDir>();
+        QDir::setCurrent(m_folder->path()); // where the dialogs begin
+        QVERIFY(QDir().mkdir("Wah.py"));
+        write("Chorus.py", "# \xC3\xBC\r\n");
+        write("Echo.py", "# echo\n");
+        write("notes.txt", "no script");
+        write("<b>picture.py", QByteArray("\x89PNG\0", 5));
+    }
+    void cleanup() { QDir::setCurrent(QDir::rootPath()); }
+
+    void takesDroppedFiles()
+    {
+        const WindowFixture ui(oneScript());
+        drop(ui, {"Chorus.py", "<b>picture.py", "Echo.py"});
+        QTRY_COMPARE(ui.rows("scriptListView"), QStringList({"Tape", "Chorus", "Echo"}));
+        QCOMPARE(ui.text("scriptTextArea"), "# echo\n");
+        QCOMPARE(ui.savedLibrary().at(1).text, QStringLiteral("# \u00FC\n"));
+        QTRY_VERIFY(ui.showsLiterally(NoText));
+        ui.press(Qt::Key_Return);
+        QTRY_VERIFY(!ui.itemSaying(NoText));
+        QCOMPARE(ui.savedNames().size(), 3);
+    }
+
+    void opensFiles()
+    {
+        const WindowFixture ui(oneScript());
+        ui.press(Qt::Key_O, Qt::ControlModifier);
+        QTRY_VERIFY(ui.itemSaying("Echo.py"));
+        QVERIFY(!ui.itemSaying("notes.txt"));
+        ui.takePicture("open");
+        ui.click(ui.itemSaying("Echo.py"));
+        ui.click(ui.itemSaying("Open"));
+        QTRY_COMPARE(ui.rows("scriptListView"), QStringList({"Tape", "Echo"}));
+        QTRY_VERIFY(!ui.itemSaying("Open"));
+        QCOMPARE(ui.text("scriptTextArea"), "# echo\n");
+        QCOMPARE(ui.savedNames(), QStringList({"Tape", "Echo"}));
+
+        ui.press(Qt::Key_O, Qt::ControlModifier);
+        QTRY_VERIFY(ui.itemSaying("<b>picture.py"));
+        ui.click(ui.itemSaying("<b>picture.py"));
+        ui.click(ui.itemSaying("Open"));
+        QTRY_VERIFY(ui.itemSaying(NoText));
+        ui.takePicture("no-text");
+        ui.press(Qt::Key_Return);
+        QTRY_VERIFY(!ui.itemSaying(NoText));
+
+        ui.press(Qt::Key_O, Qt::ControlModifier);
+        QTRY_VERIFY(ui.itemSaying("Open"));
+        ui.press(Qt::Key_Escape);
+        QTRY_VERIFY(!ui.itemSaying("Open"));
+        QCOMPARE(ui.savedNames(), QStringList({"Tape", "Echo"}));
+    }
+
+    void savesAFile_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QByteArray>("content");
+        const QByteArray tape = "# tape\n";
+        QTest::newRow("as proposed") << ""
+                                     << "Tape.py"
+                                     << "" << tape;
+        QTest::newRow("without suffix") << "Delay"
+                                        << "Delay.py"
+                                        << "" << tape;
+        QTest::newRow("replaced") << "Echo.py"
+                                  << "Echo.py"
+                                  << "OK" << tape;
+        QTest::newRow("not replaced") << "Echo.py"
+                                      << "Echo.py"
+                                      << "Cancel" << QByteArray("# echo\n");
+    }
+
+    void savesAFile()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, file);
+        QFETCH(QString, answer);
+        QFETCH(QByteArray, content);
+        const WindowFixture ui(oneScript());
+        QVERIFY(saveAs(ui, typed));
+        if (!answer.isEmpty()) {
+            QTRY_VERIFY(ui.itemSaying("Replace '" + file + "'?"));
+            ui.takePicture("replace");
+            QCOMPARE(read(file), "# echo\n");
+            ui.click(ui.itemSaying(answer));
+        }
+        QTRY_VERIFY(!ui.isOpen("replaceDialog"));
+        QTRY_COMPARE(read(file), content);
+    }
+
+    void saysThatAFileCannotBeSaved()
+    {
+        const WindowFixture ui(oneScript());
+        QVERIFY(saveAs(ui, "Wah.py")); // a folder
+        QTRY_VERIFY(ui.isOpen("replaceDialog"));
+        ui.press(Qt::Key_Return);
+        QTRY_VERIFY(ui.itemSaying("\"Wah.py\" cannot be written."));
+        ui.press(Qt::Key_Return);
+        QTRY_VERIFY(!ui.isOpen("fileMessageDialog"));
+    }
+
+    void savesNoFileWithoutAScript()
+    {
+        const WindowFixture ui(WindowFixture::Library{});
+        ui.press(Qt::Key_S, Qt::ControlModifier);
+        ui.press(Qt::Key_O, Qt::ControlModifier);
+        QTRY_VERIFY(ui.itemSaying("Open"));
+        QVERIFY(!ui.itemSaying("Save"));
+    }
+
+private:
+    static WindowFixture::Library oneScript() { return {{"Tape", "# tape\n"}}; }
+
+    void write(const QString &name, const QByteArray &content) const
+    {
+        QFile file(m_folder->filePath(name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+            qFatal("The test's own file cannot be written");
+    }
+
+    [[nodiscard]] QByteArray read(const QString &name) const
+    {
+        QFile file(m_folder->filePath(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+    }
+
+    void drop(const WindowFixture &ui, const QStringList &names) const
+    {
+        QList<QUrl> urls;
+        for (const QString &name : names)
+            urls << QUrl::fromLocalFile(m_folder->filePath(name));
+        QMimeData data;
+        data.setUrls(urls);
+        const QQuickItem *const list = ui.item("scriptListView");
+        const QPointF place = list->mapToScene({list->width() / 2, list->height() / 2});
+        QDragEnterEvent enter(place.toPoint(), Qt::CopyAction, &data, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(ui.window(), &enter);
+        QDropEvent drop(place, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(ui.window(), &drop);
+    }
+
+    /// Saves the selected script, under the name that is proposed if `name` is empty.
+    static bool saveAs(const WindowFixture &ui, const QString &name)
+    {
+        ui.press(Qt::Key_S, Qt::ControlModifier);
+        // Each change of its list makes the dialog forget what was typed.
+        if (!QTest::qWaitFor([&] { return ui.itemSaying("Echo.py"); }))
+            return false;
+        if (!name.isEmpty()) {
+            ui.click("fileNameTextField");
+            ui.press(Qt::Key_A, Qt::ControlModifier);
+            ui.type(name);
+        }
+        ui.click(ui.itemSaying("Save"));
+        return QTest::qWaitFor([&] { return !ui.item("fileNameTextField"); });
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+int main(int argc, char *argv[])
+{
+    ScriptFileWindowTest test;
+    return runWindowTests(test, argc, argv);
+}
+#include "tst_scriptfilewindow.moc"
