@@ -41,9 +41,20 @@ void BareExchange::send(const midi::ByteMessage &message)
 
 bool BareExchange::exchange(const midi::ByteMessage &message, std::chrono::milliseconds timeout)
 {
-    std::unique_lock lock(m_mutex);
-    m_answered = false;
+    expectAnswer();
     send(message);
+    return awaitAnswer(timeout);
+}
+
+void BareExchange::expectAnswer()
+{
+    const std::lock_guard lock(m_mutex);
+    m_answered = false;
+}
+
+bool BareExchange::awaitAnswer(std::chrono::milliseconds timeout)
+{
+    std::unique_lock lock(m_mutex);
     return m_arrived.wait_for(lock, timeout, [this] { return m_answered; });
 }
 

@@ -23,6 +23,10 @@ public:
     [[nodiscard]] bool exchange(const midi::ByteMessage &message,
                                 std::chrono::milliseconds timeout);
 
+    /// For messages that others send: the first one to arrive after expectAnswer() is the answer.
+    void expectAnswer();
+    [[nodiscard]] bool awaitAnswer(std::chrono::milliseconds timeout);
+
 private:
     /// On the MIDI library's thread.
     static void onMessage(double timeStamp, std::vector<unsigned char> *message, void *user);
