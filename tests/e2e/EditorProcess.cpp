@@ -21,9 +21,11 @@ EditorProcess::EditorProcess()
     setEnvironment("XDG_CONFIG_HOME", homePath("config"));
     setEnvironment("XDG_DATA_HOME", homePath("data"));
     setEnvironment("XDG_CACHE_HOME", homePath("cache"));
+    setEnvironment("TMPDIR", m_home.path());
     setEnvironment("QT_QPA_PLATFORM", "offscreen");
     setEnvironment("QT_QUICK_BACKEND", "software");
     setEnvironment("QT_MESSAGE_PATTERN", LogPattern);
+    m_process.setWorkingDirectory(m_home.path());
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     testsupport::endWithParent(m_process);
 }

@@ -21,6 +21,7 @@ public:
     void kill();
 
     [[nodiscard]] QProcess &process() { return m_process; }
+    [[nodiscard]] const QProcess &process() const { return m_process; }
     /// What the editor's own log categories wrote since the start, a line each.
     [[nodiscard]] QStringList log();
 

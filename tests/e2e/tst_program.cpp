@@ -42,13 +42,8 @@ struct Stage
     explicit Stage(const QStringList &boxArguments = {})
         : box(boxArguments)
     {}
-    /// The service ends first: it stops for seconds when a client is killed, and would hold up the
-    /// box.
-    ~Stage() { server.reset(); }
-    Stage(const Stage &) = delete;
-    Stage &operator=(const Stage &) = delete;
 
-    std::unique_ptr<MidiServer> server = std::make_unique<MidiServer>();
+    MidiServer server;
     BoxProcess box;
     EditorProcess editor;
 };
@@ -103,7 +98,7 @@ private slots:
         QFETCH(QString, value);
         QFETCH(QString, logged);
         Stage stage;
-        QVERIFY2(stage.server->isRunning(), stage.server->output());
+        QVERIFY2(stage.server.isRunning(), stage.server.output());
         QVERIFY2(stage.box.isReady(), stage.box.errorOutput());
         EditorProcess &editor = stage.editor;
         editor.setEnvironment(variable, value);
@@ -150,6 +145,8 @@ private slots:
                                                "ELF\0[[%%=\xFF\n",
                                                11)
                                  << NoReference;
+        for (const QByteArray value : {"third", "a, b", "-1", "4294973953", "@Variant(\\0\\x7F)"})
+            QTest::newRow(value) << "[General]\nzevost_lastproduct=" + value + '\n' << NoReference;
     }
 
     void connectsToTheStoredBox()
@@ -170,7 +167,7 @@ private slots:
             settingsAfter = contentOf(editor.settingsPath());
             return logged.contains("scan found 2 devices");
         };
-        QTRY_VERIFY_WITH_TIMEOUT(foundBoth(), 3 * TimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(foundBoth(), 10 * TimeoutMs);
         QCOMPARE(logged,
                  QString("ostrel.devices: scan found 2 devices, connected to %1").arg(connected));
         QCOMPARE(settingsAfter, settings); // a scan stores nothing
