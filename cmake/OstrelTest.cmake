@@ -1,6 +1,7 @@
 # ostrel_add_test(NAME SOURCES ... [LIBRARIES ...] [TIMEOUT seconds] [LABELS ...])
 # One test program of Qt Test, run without a display and with a home folder of its own, so that
-# no test meets another one's or the developer's files.
+# no test meets another one's or the developer's files. The tests of each label have a target that
+# builds them alone: tests-LABEL.
 function(ostrel_add_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS")
     if(NOT arg_TIMEOUT)
@@ -12,6 +13,12 @@ function(ostrel_add_test name)
     target_link_libraries(${name} PRIVATE Qt6::Test ${arg_LIBRARIES})
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/bin)
     add_test(NAME ${name} COMMAND ${name})
+    foreach(label IN LISTS arg_LABELS)
+        if(NOT TARGET tests-${label})
+            add_custom_target(tests-${label})
+        endif()
+        add_dependencies(tests-${label} ${name})
+    endforeach()
     set(home ${CMAKE_BINARY_DIR}/tests/home/${name})
     file(MAKE_DIRECTORY ${home})
     set_tests_properties(${name} PROPERTIES

@@ -11,19 +11,21 @@ BUILD_PACKAGES=(
     librtmidi-dev libjack-jackd2-dev
 )
 
-# What the window loads when it starts. The plugin for SVG images has a name of its own per
-# release and is dealt with in svg_package.
+# What the window loads when it starts; the list of folders comes with a file dialog. The plugin for
+# SVG images has a name of its own per release and is dealt with in svg_package.
 RUN_PACKAGES=(
     qml6-module-qtcore qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
     qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-dialogs
     qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtquick-window
-    fonts-liberation
+    qml6-module-qt-labs-folderlistmodel fonts-liberation fonts-dejavu-core
 )
 
 PRIVATE_MIDI_PACKAGES=(jackd:jackd2)
 VIRTUAL_DISPLAY_PACKAGES=(Xvfb:xvfb xdotool:xdotool import:imagemagick)
 
-TEST_PACKAGES=(jackd:jackd2 Xvfb:xvfb node:nodejs npm:npm)
+TEST_PACKAGES=(jackd:jackd2 Xvfb:xvfb xdotool:xdotool openssl:openssl node:nodejs npm:npm)
+FUZZ_PACKAGES=(clang++:clang llvm-symbolizer:llvm)
+BENCH_PACKAGES=(jackd:jackd2 Xvfb:xvfb python3:python3 libbenchmark-dev)
 LINT_PACKAGES=(clang-format:clang-format run-clang-tidy:clang-tidy shellcheck:shellcheck)
 
 has_apt()
@@ -151,8 +153,9 @@ This system has no apt, so nothing is installed by itself. What is needed:
   to build  a C++20 compiler, CMake 3.22, Ninja, pkg-config, Qt 6.4 or newer with Quick and Quick
             Controls and their development files, OpenGL headers, RtMidi 4 or newer
   to run    Qt's QML modules QtCore, QtQuick, Controls, Dialogs, Layouts, Templates, Window,
-            WorkerScript; Qt's image plugin for SVG; the font Liberation Mono or Courier New
-  to test   JACK 2 (jackd), Xvfb, Node.js 18 or newer with npm
+            WorkerScript, Qt.labs.folderlistmodel; Qt's image plugin for SVG; the font Liberation
+            Mono or Courier New
+  to test   JACK 2 (jackd), Xvfb, xdotool, OpenSSL's command, Node.js 18 or newer with npm
   for the demo without a display: Xvfb, xdotool, ImageMagick; without a MIDI service: jackd
 With these in place, build with:
   cmake --preset release && cmake --build build/release
