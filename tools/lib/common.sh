@@ -16,6 +16,15 @@ fail()
     exit 1
 }
 
+# Exit status of a command that cannot work on this machine.
+SKIPPED=77
+
+skip()
+{
+    printf 'Skipped: %s\n' "$*"
+    exit "$SKIPPED"
+}
+
 # quietly NAME COMMAND...: runs the command with its output in build/logs/NAME.log, which is shown
 # only when the command fails.
 quietly()

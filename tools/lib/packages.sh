@@ -26,6 +26,7 @@ VIRTUAL_DISPLAY_PACKAGES=(Xvfb:xvfb xdotool:xdotool import:imagemagick)
 TEST_PACKAGES=(jackd:jackd2 Xvfb:xvfb xdotool:xdotool openssl:openssl node:nodejs npm:npm)
 FUZZ_PACKAGES=(clang++:clang llvm-symbolizer:llvm)
 BENCH_PACKAGES=(jackd:jackd2 Xvfb:xvfb python3:python3 libbenchmark-dev)
+DEBIAN13_PACKAGES=(debootstrap:debootstrap gpgv:gpgv debian-archive-keyring node:nodejs npm:npm)
 LINT_PACKAGES=(clang-format:clang-format run-clang-tidy:clang-tidy shellcheck:shellcheck)
 
 has_apt()
@@ -143,6 +144,12 @@ require_packages()
         update_package_lists
         quietly apt-install install_packages "${missing[@]}"
     fi
+}
+
+# What building and running all tests takes.
+require_test_packages()
+{
+    require_packages "${BUILD_PACKAGES[@]}" "${RUN_PACKAGES[@]}" "${TEST_PACKAGES[@]}" svg-plugin
 }
 
 # Other systems have the same things under names that we do not know.
