@@ -20,10 +20,21 @@ ZEVComboBox {
     property int startupDeviceRef: -1
     property string updateErrorString
 
-    readonly property alias updateDialog: updateDialog
-
     signal deviceIsConnected(int index)
     signal logged(string message)
+
+    /// Whether the window may close. A box that is being written to asks for a second attempt,
+    /// which ends the update.
+    function endUpdateBeforeClosing(): bool {
+        if (!firmwareUpdateObj.transferActive)
+            return true;
+        const dialog = updateDialog.make() as SimpleUpdateDialog;
+        const insists = dialog.closeAttempted;
+        if (insists)
+            firmwareUpdateObj.cancelUpdate();
+        dialog.closeAttempted = true;
+        return insists;
+    }
 
     function beginConnect(deviceRef: int) {
         listModel.connectToDevice(deviceRef);
@@ -117,11 +128,11 @@ ZEVComboBox {
         target: root.firmwareUpdateObj
 
         function onProgressChanged(progress: real) {
-            updateDialog.setProgress(progress);
+            (updateDialog.item as SimpleUpdateDialog)?.setProgress(progress);
         }
 
         function onStatusChanged(statusMsg: string) {
-            updateDialog.statusMessage(statusMsg);
+            (updateDialog.item as SimpleUpdateDialog)?.statusMessage(statusMsg);
         }
 
         function onUpdateCompleted() {
@@ -147,17 +158,28 @@ ZEVComboBox {
         onTriggered: root.updateEndTimerDone()
     }
 
-    UpdateRequestDialog {
+    OnDemand {
         id: updateRequestDialog
 
-        onAccepted: updateDialog.open()
-        onRejected: root.declineUpdate()
+        document: "UpdateRequestDialog.qml"
     }
 
-    SimpleUpdateDialog {
+    Connections {
+        target: updateRequestDialog.item
+
+        function onAccepted() {
+            updateDialog.open();
+        }
+
+        function onRejected() {
+            root.declineUpdate();
+        }
+    }
+
+    OnDemand {
         id: updateDialog
 
-        firmwareUpdate: root.firmwareUpdateObj
-        startOnOpen: true
+        document: "SimpleUpdateDialog.qml"
+        properties: ({ firmwareUpdate: root.firmwareUpdateObj, startOnOpen: true })
     }
 }

@@ -53,6 +53,8 @@ Popup {
 
     objectName: "downloadScriptWindow"
     parent: Overlay.overlay // the header too is covered
+    width: parent?.width ?? 0
+    height: parent?.height ?? 0
     visible: false
     modal: true
     dim: false

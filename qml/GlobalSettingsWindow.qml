@@ -40,6 +40,8 @@ Popup {
 
     objectName: "globalSettingsWindow"
     parent: Overlay.overlay // the header too is covered
+    width: parent?.width ?? 0
+    height: parent?.height ?? 0
     visible: false
     modal: true
     dim: false

@@ -11,6 +11,8 @@ Popup {
     readonly property int edgeMargin: 20
 
     parent: Overlay.overlay // the header too is covered
+    width: parent?.width ?? 0
+    height: parent?.height ?? 0
     visible: false
     focus: true
     padding: 0

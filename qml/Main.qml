@@ -41,15 +41,15 @@ ApplicationWindow {
     }
 
     function getDownloadScriptName(): string {
-        return downloadScriptWindow.selectedName();
+        return (downloadScriptWindow.make() as DownloadScriptWindow).selectedName();
     }
 
     function getDownloadScriptText(): string {
-        return downloadScriptWindow.selectedText();
+        return (downloadScriptWindow.make() as DownloadScriptWindow).selectedText();
     }
 
     function getDownloadScriptNotes(): string {
-        return downloadScriptWindow.selectedNotes();
+        return (downloadScriptWindow.make() as DownloadScriptWindow).selectedNotes();
     }
 
     function logMessage(msg: string) {
@@ -71,7 +71,7 @@ ApplicationWindow {
 
     function checkLength() {
         if (panes.editor.length > maxScriptLen)
-            messageDialog.show(qsTr("Script exceeds maximum allowable length (6900 bytes)"));
+            (messageDialog.make() as SystemMessage).show(qsTr("Script exceeds maximum allowable length (6900 bytes)"));
     }
 
     function addScript(name: string, text: string) {
@@ -90,8 +90,9 @@ ApplicationWindow {
 
     function askToDelete() {
         deleteInProgress = true;
-        okCancelDialog.text = qsTr("Delete script '%1'?").arg(getScriptName());
-        okCancelDialog.open();
+        const dialog = okCancelDialog.make() as TextDialog;
+        dialog.text = qsTr("Delete script '%1'?").arg(getScriptName());
+        dialog.open();
     }
 
     function deleteScript() {
@@ -120,15 +121,7 @@ ApplicationWindow {
         updateScriptText();
     }
 
-    onClosing: close => {
-        if (!updater.transferActive)
-            return;
-        const dialog = headerBar.chooser.updateDialog;
-        close.accepted = dialog.closeAttempted;
-        if (close.accepted)
-            updater.cancelUpdate();
-        dialog.closeAttempted = true;
-    }
+    onClosing: close => close.accepted = headerBar.chooser.endUpdateBeforeClosing()
 
     MIDI {
         id: midi
@@ -190,8 +183,9 @@ ApplicationWindow {
 
         onScriptRead: (name, text) => rootWindow.addScript(name, text)
         onFailed: message => {
-            fileMessageDialog.text = message;
-            fileMessageDialog.open();
+            const dialog = fileMessageDialog.make() as TextDialog;
+            dialog.text = message;
+            dialog.open();
         }
     }
 
@@ -207,9 +201,9 @@ ApplicationWindow {
         onSaveFileRequested: scriptFiles.chooseAndWrite(rootWindow.getScriptName(), rootWindow.getScriptText())
         onReadRequested: transfers.readScript()
         onSendRequested: transfers.sendScript(rootWindow.getScriptText())
-        onSettingsRequested: globalSettingsWindow.visible = true
-        onDownloadRequested: downloadScriptWindow.visible = true
-        onGuideRequested: helpWindow.visible = true
+        onSettingsRequested: globalSettingsWindow.open()
+        onDownloadRequested: downloadScriptWindow.open()
+        onGuideRequested: guideWindow.open()
         onClearRequested: panes.log.clear()
     }
 
@@ -238,58 +232,77 @@ ApplicationWindow {
         scripts.onFilesDropped: urls => scriptFiles.readAll(urls)
     }
 
-    TextDialog {
+    OnDemand {
         id: okCancelDialog
 
-        objectName: "okCancelDialog"
-        standardButtons: Dialog.Ok | Dialog.Cancel
-        onAccepted: rootWindow.deleteScript()
-        onRejected: rootWindow.deleteInProgress = false
+        document: "TextDialog.qml"
+        properties: ({ objectName: "okCancelDialog", standardButtons: Dialog.Ok | Dialog.Cancel })
     }
 
-    TextDialog {
+    Connections {
+        target: okCancelDialog.item
+
+        function onAccepted() {
+            rootWindow.deleteScript();
+        }
+
+        function onRejected() {
+            rootWindow.deleteInProgress = false;
+        }
+    }
+
+    OnDemand {
         id: fileMessageDialog
 
-        objectName: "fileMessageDialog"
-        standardButtons: Dialog.Ok
+        document: "TextDialog.qml"
+        properties: ({ objectName: "fileMessageDialog", standardButtons: Dialog.Ok })
     }
 
-    SystemMessage {
+    OnDemand {
         id: messageDialog
+
+        document: "SystemMessage.qml"
     }
 
-    GlobalSettingsWindow {
+    OnDemand {
         id: globalSettingsWindow
 
-        width: rootWindow.width
-        height: rootWindow.height
-        globals: rootWindow.globals
-        onGlobalSettingsUpdated: reloadTimer.start()
+        document: "GlobalSettingsWindow.qml"
+        properties: ({ globals: rootWindow.globals })
     }
 
-    DownloadScriptWindow {
+    Connections {
+        target: globalSettingsWindow.item
+
+        function onGlobalSettingsUpdated() {
+            reloadTimer.start();
+        }
+    }
+
+    OnDemand {
         id: downloadScriptWindow
 
-        width: rootWindow.width
-        height: rootWindow.height
-        model: downloadScriptListModel
-        scriptUrl: rootWindow.scriptUrl
-        scriptFont: panes.scriptFont
-        onScriptChosen: (name, text) => rootWindow.addScript(name, text)
+        objectName: "downloadScriptWindowOnDemand"
+        document: "DownloadScriptWindow.qml"
+        properties: ({
+            model: downloadScriptListModel,
+            scriptUrl: rootWindow.scriptUrl,
+            scriptFont: panes.scriptFont
+        })
     }
 
-    HelpWindow {
-        id: helpWindow
+    Connections {
+        target: downloadScriptWindow.item
 
-        width: rootWindow.width
-        height: rootWindow.height
-        helpText: ostHelpText.helpText
+        function onScriptChosen(name: string, text: string) {
+            rootWindow.addScript(name, text);
+        }
     }
 
-    OSTHelpText {
-        id: ostHelpText
+    OnDemand {
+        id: guideWindow
 
-        versionString: rootWindow.versionString
-        actions: actions
+        document: "GuideWindow.qml"
+        properties: ({ versionString: rootWindow.versionString, actions: actions })
     }
 }

@@ -24,14 +24,12 @@ Item {
     }
 
     function chooseAndRead() {
-        dialogs.active = true;
-        (dialogs.item as ScriptFileDialogs).chooseOpen();
+        (dialogs.make() as ScriptFileDialogs).chooseOpen();
     }
 
     function chooseAndWrite(name: string, text: string) {
         textToSave = text;
-        dialogs.active = true;
-        (dialogs.item as ScriptFileDialogs).chooseSave(name);
+        (dialogs.make() as ScriptFileDialogs).chooseSave(name);
     }
 
     function write(file: url) {
@@ -51,14 +49,25 @@ Item {
         id: scriptFile
     }
 
-    Loader {
+    OnDemand {
         id: dialogs
 
-        active: false
-        sourceComponent: ScriptFileDialogs {
-            onOpened: urls => root.readAll(urls)
-            onSaveChosen: file => root.writeOrAsk(file)
-            onReplaceChosen: file => root.write(file)
+        document: "ScriptFileDialogs.qml"
+    }
+
+    Connections {
+        target: dialogs.item
+
+        function onOpened(urls: var) {
+            root.readAll(urls);
+        }
+
+        function onSaveChosen(file: url) {
+            root.writeOrAsk(file);
+        }
+
+        function onReplaceChosen(file: url) {
+            root.write(file);
         }
     }
 }
