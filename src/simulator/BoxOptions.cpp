@@ -202,7 +202,8 @@ public:
         for (const Option &option : Options) {
             if (!isKnown(option) || !m_parser.isSet(option.name))
                 continue;
-            const QString value = m_parser.value(option.name);
+            // The parser minds being asked for the value of a switch.
+            const QString value = option.valueName ? m_parser.value(option.name) : QString();
             if (!option.apply(options, value))
                 return UsageError{
                     QString("Bad value '%1' for option '%2'.").arg(value, option.name)};
