@@ -227,7 +227,7 @@ ApplicationWindow {
         editor.onEdited: rootWindow.takeEdit()
         scripts.onSelectionChanged: {
             rootWindow.updateScriptText();
-            scriptListModel.saveToFile();
+            scriptListModel.saveInBackground();
         }
         scripts.onFilesDropped: urls => scriptFiles.readAll(urls)
     }

@@ -1,4 +1,5 @@
 #include "app/Registrations.h"
+#include "app/WarmUp.h"
 #include "process/TerminationSignals.h"
 
 #include <QGuiApplication>
@@ -21,6 +22,7 @@ void setApplicationIdentity()
 int main(int argc, char *argv[])
 {
     QGuiApplication app(argc, argv);
+    warmUp();
     NativeObjects objects; // outlives the engine, whose documents use it
     QQmlApplicationEngine engine;
 

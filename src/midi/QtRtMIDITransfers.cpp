@@ -12,8 +12,11 @@
 namespace
 {
 
-constexpr std::chrono::milliseconds PollInterval{10};
-constexpr int MaxMisses = 10; ///< polls that find nothing before a read gives up
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds PollInterval{1};
+/// What a read sleeps in all before it gives up.
+constexpr std::chrono::milliseconds MaxWait{100};
 
 } // namespace
 
@@ -67,10 +70,11 @@ std::optional<std::size_t> QtRtMIDI::readBlock(midi::BlockType type)
 std::optional<std::size_t> QtRtMIDI::awaitBlock(midi::BlockType type)
 {
     std::vector<uint8_t> message;
-    for (int misses = 0; misses < MaxMisses;) {
+    for (Clock::duration waited{0}; waited < MaxWait;) {
         if (!receiveMessage(message)) {
+            const auto begin = Clock::now();
             QThread::msleep(PollInterval.count());
-            ++misses;
+            waited += Clock::now() - begin;
             continue;
         }
         // A frame beyond the buffer's size can be no block of this protocol.

@@ -1,13 +1,15 @@
 #include "scripts/TextAppender.h"
 
+#include <QElapsedTimer>
 #include <QQuickItem>
 #include <QQuickTextDocument>
 #include <QTextCursor>
 
+#include <algorithm>
+
 TextAppender::TextAppender(QObject *parent)
     : QObject(parent)
 {
-    m_timer.setInterval(IntervalMs);
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &TextAppender::flush);
 }
@@ -41,9 +43,21 @@ void TextAppender::clear()
 
 void TextAppender::flush()
 {
+    QElapsedTimer spent;
+    spent.start();
+    if (!insertPortion())
+        return;
+    while (!spent.hasExpired(BudgetMs) && insertPortion()) {
+    }
+    m_timer.start(static_cast<int>(std::max<qint64>(0, IntervalMs - spent.elapsed())));
+    emit appended();
+}
+
+bool TextAppender::insertPortion()
+{
     const qsizetype length = nextPortion();
     if (!m_document || length == 0)
-        return;
+        return false;
     QTextCursor cursor(m_document);
     cursor.movePosition(QTextCursor::End);
     cursor.insertText(m_pending.sliced(m_done, length));
@@ -52,8 +66,7 @@ void TextAppender::flush()
         m_pending.clear();
         m_done = 0;
     }
-    m_timer.start();
-    emit appended();
+    return true;
 }
 
 qsizetype TextAppender::nextPortion() const

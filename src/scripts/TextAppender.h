@@ -17,7 +17,8 @@ class TextAppender : public QObject
 
 public:
     static constexpr int IntervalMs = 16;
-    static constexpr qsizetype MaxPortion = 4096; ///< characters added at once
+    static constexpr int BudgetMs = 10;           ///< of each interval, the rest is the window's
+    static constexpr qsizetype MaxPortion = 4096; ///< characters between two looks at the clock
 
     explicit TextAppender(QObject *parent = nullptr);
 
@@ -33,6 +34,8 @@ signals:
 
 private:
     void flush();
+    /// False when nothing is left to be added.
+    bool insertPortion();
     [[nodiscard]] qsizetype nextPortion() const;
 
     QPointer<QTextDocument> m_document;

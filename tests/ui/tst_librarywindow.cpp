@@ -145,7 +145,7 @@ private slots:
         ui.type("Tape");
         ui.press(Qt::Key_Escape);
         ui.press(Qt::Key_End);
-        QCOMPARE(ui.savedNames(), QStringList({"beta", "Tape", "Delay <b>"}));
+        QTRY_COMPARE(ui.savedNames(), QStringList({"beta", "Tape", "Delay <b>"}));
     }
 
     void keepsWhatIsTyped()

@@ -1,0 +1,31 @@
+#include "app/WarmUp.h"
+
+#include <QFont>
+#include <QFontMetricsF>
+#include <QImageReader>
+#include <QThreadPool>
+
+namespace
+{
+
+/// The first look at any font reads the system's list of fonts.
+void prepareFonts()
+{
+    static_cast<void>(QFontMetricsF(QFont()).horizontalAdvance(u'x'));
+}
+
+/// The first picture loads the plugins for all formats.
+void prepareArtwork()
+{
+    static_cast<void>(QImageReader(QStringLiteral(":/assets/ScriptIcon.svg")).read());
+}
+
+} // namespace
+
+void warmUp()
+{
+    QThreadPool::globalInstance()->start([] {
+        prepareFonts();
+        prepareArtwork();
+    });
+}
