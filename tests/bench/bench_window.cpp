@@ -158,9 +158,11 @@ WindowFixture::Library libraryOf(int size)
 }
 
 /// Loading and saving as a whole, against the same bytes.
-void measureLibraryFile(const QString &row, const LibraryHome &home)
+void measureLibraryFile(const QString &row, const WindowFixture::Library &library)
 {
     constexpr int Saves = 5;
+    const LibraryHome home;
+    home.write(scripts::writeLibrary(library));
     const auto begin = Clock::now();
     const QByteArray bytes = home.read();
     bench::sample(row + "-load", bench::Floor, bench::millisecondsSince(begin));
@@ -188,8 +190,8 @@ void measureLibrary(int size)
 {
     constexpr int Times = 50;
     const QString row = QString("library-%1").arg(size);
+    measureLibraryFile(row, libraryOf(size));
     const WindowFixture ui(libraryOf(size));
-    measureLibraryFile(row, ui.home());
 
     const auto press = [&](Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
         return timeToFrame(*ui.window(), [&] { ui.press(key, modifiers); });

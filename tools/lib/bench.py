@@ -11,6 +11,7 @@ import statistics
 import subprocess
 import sys
 import tempfile
+import time
 
 FRAME_BYTES = 8192
 
@@ -49,6 +50,8 @@ class Row:
     program: str
     target: Target | None = None
     argument: str = ""  # what the program calls it, where several rows come of one measurement
+    # Measured in the first round alone: it takes long, or is repeated often within one.
+    is_once: bool = False
 
     def argument_name(self):
         return self.argument or self.name
@@ -60,21 +63,23 @@ def process_rows():
         Row("start", "start to first frame, no box", "ms", program, Target(ratio=1.5)),
         # "No later than without a box", which no two measurements ever are to the letter.
         Row("start-with-box", "start to first frame, box connected (floor: no box)", "ms", program,
-            Target(ratio=1.05)),
+            Target(ratio=1.05), is_once=True),
         Row("connected", "start to connected (floor: first frame + 200 ms)", "ms", program,
-            Target(extra=60)),
+            Target(extra=60), is_once=True),
         Row("memory", "memory 3 s after start", "MiB", program, Target(ratio=1.6)),
-        Row("idle", "idle for 60 s, box connected", "% of a core", program, Target(limit=0.5)),
+        Row("idle", "idle for 60 s, box connected", "% of a core", program, Target(limit=0.5),
+            is_once=True),
     ]
 
 
 def transfer_rows():
     program = "bench_transfers"
     return [
-        Row("read", "read a script of 7 KB, click to frame", "ms", program, Target(extra=15)),
+        Row("read", "read a script of 7 KB, click to frame", "ms", program, Target(extra=15),
+            is_once=True),
         Row("send", "send a script of 7 KB, click to acknowledgement", "ms", program,
-            Target(extra=5)),
-        Row("update", "update of 256 KiB", "ms", program, Target(ratio=1.25)),
+            Target(extra=5), is_once=True),
+        Row("update", "update of 256 KiB", "ms", program, Target(ratio=1.25), is_once=True),
     ]
 
 
@@ -155,13 +160,28 @@ def environment(program, home):
 
 
 def run(folder, program, arguments):
+    """What the program writes to standard output; the rest is shown only when it fails."""
     with tempfile.TemporaryDirectory() as home:
         result = subprocess.run([folder / program, *arguments], env=environment(program, home),
-                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=False,
-                                text=True)
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, check=False, text=True)
     if result.returncode != 0:
-        sys.exit(f"Error: {program} failed")
+        sys.exit(f"{result.stderr}Error: {program} {' '.join(arguments)} failed")
     return result.stdout
+
+
+class Progress:
+    """A line for each measurement, so that one sees what the time goes into."""
+
+    def __init__(self, count):
+        self.begin = time.monotonic()
+        self.count = count
+        self.done = 0
+
+    def say(self, what):
+        self.done += 1
+        seconds = time.monotonic() - self.begin
+        print(f"  {seconds:4.0f} s  {self.done}/{self.count}  {what}", file=sys.stderr, flush=True)
 
 
 def measure_bytes(folder, samples, rows):
@@ -174,14 +194,24 @@ def measure_bytes(folder, samples, rows):
         samples.add(row.name, "floor", times["copy"])
 
 
-def measure(folder, samples, program, rows):
+def measure(folder, samples, program, argument, rows):
     if program == "bench_bytes":
         measure_bytes(folder, samples, rows)
         return
-    arguments = dict.fromkeys(row.argument_name() for row in rows)
-    for line in run(folder, program, arguments).splitlines():
+    for line in run(folder, program, [argument]).splitlines():
         name, column, value = line.split()
         samples.add(name, column, float(value))
+
+
+def measurements(rows, repeat):
+    """What is run, in order: program, argument and the rows that come of it."""
+    for number in range(repeat):
+        groups = {}
+        for row in rows:
+            if number == 0 or not row.is_once:
+                argument = "" if row.program == "bench_bytes" else row.argument_name()
+                groups.setdefault((row.program, argument), []).append(row)
+        yield from ((program, argument, group) for (program, argument), group in groups.items())
 
 
 def chosen_rows(names):
@@ -225,7 +255,7 @@ def machine():
 
 
 def print_table(results, repeat):
-    print(f"\n{datetime.date.today()}, {machine()}; medians of {repeat} runs\n")
+    print(f"\n{datetime.date.today()}, {machine()}; medians; {repeat} rounds\n")
     head = ("row", "measured", "floor", "unit", "ratio", "target", "")
     cells = [head]
     for result in results:
@@ -244,17 +274,18 @@ def main():
     parser.add_argument("folder", type=pathlib.Path, help=argparse.SUPPRESS)
     parser.add_argument("--repeat", type=int, default=3, metavar="N", help="default 3")
     parser.add_argument("--only", nargs="+", default=[], metavar="ROW",
-                        help="rows whose names begin like this: start, log-20000, library-1000, …")
+                        help="only the rows whose names begin like this: start, log-20000, library-1000, …")
     parser.add_argument("--json", type=pathlib.Path, metavar="FILE", help="write all samples")
     parser.add_argument("--check", action="store_true", help="exit with 1 when a target is missed")
     options = parser.parse_args()
 
     rows = chosen_rows(options.only)
     samples = Samples()
-    for _ in range(options.repeat):
-        for program in dict.fromkeys(row.program for row in rows):
-            measure(options.folder, samples, program,
-                    [row for row in rows if row.program == program])
+    todo = list(measurements(rows, options.repeat))
+    progress = Progress(len(todo))
+    for program, argument, group in todo:
+        progress.say(argument or "encodings")
+        measure(options.folder, samples, program, argument, group)
     results = [evaluate(row, samples) for row in rows]
     print_table(results, options.repeat)
     if options.json:
