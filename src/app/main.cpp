@@ -17,10 +17,19 @@ void setApplicationIdentity()
     QCoreApplication::setApplicationName(QStringLiteral("Ostrel Editor"));
 }
 
+/// Qt would keep compiled documents of its own modules in the user's cache folder, but this program
+/// writes nowhere but to its settings and its data. What is compiled into libraries is used still.
+void keepNoDocumentCache()
+{
+    if (!qEnvironmentVariableIsSet("QML_DISK_CACHE"))
+        qputenv("QML_DISK_CACHE", "aot");
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
+    keepNoDocumentCache();
     QGuiApplication app(argc, argv);
     warmUp();
     NativeObjects objects; // outlives the engine, whose documents use it

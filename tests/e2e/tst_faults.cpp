@@ -174,7 +174,7 @@ private slots:
                            QDirIterator::Subdirectories);
         while (files.hasNext())
             written << files.next();
-        QCOMPARE(written, QStringList(editor.libraryPath()));
+        QCOMPARE(written.join('\n'), editor.libraryPath());
     }
 };
 
