@@ -146,9 +146,40 @@ qreal WindowFixture::iconOpacity(const QString &objectName) const
     return -1;
 }
 
+QList<QQuickWindow *> WindowFixture::windowsFromFront() const
+{
+    QList<QQuickWindow *> windows{m_window};
+    for (QWindow *window : QGuiApplication::topLevelWindows()) {
+        auto *const other = qobject_cast<QQuickWindow *>(window);
+        if (other && other != m_window && other->isVisible())
+            windows.prepend(other);
+    }
+    return windows;
+}
+
+QQuickWindow *WindowFixture::front() const
+{
+    return windowsFromFront().first();
+}
+
+QQuickWindow *WindowFixture::activeFront() const
+{
+    QQuickWindow *const window = front();
+    const auto isActive = [&] { return QGuiApplication::focusWindow() == window; };
+    if (!isActive())
+        window->requestActivate();
+    QTest::qVerify(QTest::qWaitFor(isActive, TimeoutMs), "active", qPrintable(window->title()),
+                   __FILE__, __LINE__);
+    return window;
+}
+
 QQuickItem *WindowFixture::find(const std::function<bool(QQuickItem *)> &wanted) const
 {
-    return findBelow(m_window->contentItem(), wanted);
+    for (const QQuickWindow *window : windowsFromFront()) {
+        if (QQuickItem *found = findBelow(window->contentItem(), wanted))
+            return found;
+    }
+    return nullptr;
 }
 
 QQuickItem *WindowFixture::item(const QString &objectName) const
@@ -215,7 +246,7 @@ QMultiMap<QString, QAccessible::Role> WindowFixture::accessibleNames() const
 void WindowFixture::click(QQuickItem *item) const
 {
     if (QTest::qVerify(item, "item", "There is nothing to click", __FILE__, __LINE__))
-        QTest::mouseClick(m_window, Qt::LeftButton, {}, centreOf(item));
+        QTest::mouseClick(item->window(), Qt::LeftButton, {}, centreOf(item));
 }
 
 void WindowFixture::hover(const QString &objectName) const
@@ -230,7 +261,7 @@ void WindowFixture::hover(const QString &objectName) const
 
 void WindowFixture::press(Qt::Key key, Qt::KeyboardModifiers modifiers) const
 {
-    QTest::keyClick(m_window, key, modifiers);
+    QTest::keyClick(activeFront(), key, modifiers);
 }
 
 QStringList WindowFixture::tabOrder() const
@@ -252,7 +283,7 @@ QStringList WindowFixture::tabOrder() const
 void WindowFixture::type(const QString &text) const
 {
     for (const QChar character : text)
-        QTest::keyClick(m_window, character.toLatin1());
+        QTest::keyClick(activeFront(), character.toLatin1());
 }
 
 WindowFixture::Library WindowFixture::savedLibrary() const
@@ -272,7 +303,7 @@ void WindowFixture::takePicture(const QString &name) const
 {
     const QDir folder(QStringLiteral(OSTREL_PICTURES));
     const QString path = folder.filePath(name + QStringLiteral(".png"));
-    const bool saved = folder.mkpath(QStringLiteral(".")) && m_window->grabWindow().save(path);
+    const bool saved = folder.mkpath(QStringLiteral(".")) && front()->grabWindow().save(path);
     QTest::qVerify(saved, "saved", qPrintable(path), __FILE__, __LINE__);
 }
 

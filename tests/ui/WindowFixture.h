@@ -78,10 +78,16 @@ public:
     /// What the library file holds now.
     [[nodiscard]] Library savedLibrary() const;
     [[nodiscard]] QStringList savedNames() const;
-    /// Leaves a picture of the window in the build folder, as NAME.png.
+    /// Leaves a picture of the uppermost window in the build folder, as NAME.png.
     void takePicture(const QString &name) const;
 
 private:
+    /// The main window and the dialogs that have windows of their own, as those have from Qt 6.8 on
+    /// that stand in for the system's.
+    [[nodiscard]] QList<QQuickWindow *> windowsFromFront() const;
+    [[nodiscard]] QQuickWindow *front() const;
+    /// With the keyboard, which a window manager would give it when one in front of it closes.
+    [[nodiscard]] QQuickWindow *activeFront() const;
     [[nodiscard]] QQuickItem *find(const std::function<bool(QQuickItem *)> &wanted) const;
 
     LibraryHome m_home;
