@@ -8,7 +8,7 @@ function(ostrel_add_test name)
         set(arg_TIMEOUT 120)
     endif()
     qt_add_executable(${name} ${arg_SOURCES})
-    ostrel_set_warnings(${name})
+    ostrel_set_compile_options(${name})
     # From Qt 6.8 on the macros that await a condition narrow the clock's counts in our own lines.
     if(Qt6_VERSION VERSION_GREATER_EQUAL 6.8 AND NOT MSVC)
         target_compile_options(${name} PRIVATE -Wno-conversion)

@@ -47,8 +47,9 @@ bool VirtualDisplay::press(const QProcess &process, const QStringList &keys) con
     const QString pid = QString::number(process.processId());
     const QStringList window{"search", "--onlyvisible", "--all",       "--pid",       pid,
                              "--name", Title,           "windowraise", "windowfocus", "--sync"};
-    return QTest::qWaitFor([&] { return drive(m_name, window); }, TimeoutMs) &&
-           drive(m_name, window + QStringList{"key", "--clearmodifiers"} + keys);
+    const auto isGone = [&] { return process.state() == QProcess::NotRunning; };
+    return QTest::qWaitFor([&] { return isGone() || drive(m_name, window); }, TimeoutMs) &&
+           !isGone() && drive(m_name, window + QStringList{"key", "--clearmodifiers"} + keys);
 }
 
 void VirtualDisplay::end()
