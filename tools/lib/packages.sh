@@ -27,6 +27,7 @@ TEST_PACKAGES=(jackd:jackd2 Xvfb:xvfb xdotool:xdotool openssl:openssl node:nodej
 FUZZ_PACKAGES=(clang++:clang llvm-symbolizer:llvm)
 BENCH_PACKAGES=(jackd:jackd2 Xvfb:xvfb python3:python3 libbenchmark-dev)
 DEBIAN13_PACKAGES=(debootstrap:debootstrap gpgv:gpgv debian-archive-keyring node:nodejs npm:npm)
+COVERAGE_PACKAGES=(gcovr:gcovr python3:python3)
 LINT_PACKAGES=(clang-format:clang-format run-clang-tidy:clang-tidy shellcheck:shellcheck)
 
 has_apt()
