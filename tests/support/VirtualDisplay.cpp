@@ -45,11 +45,11 @@ VirtualDisplay::~VirtualDisplay()
 bool VirtualDisplay::press(const QProcess &process, const QStringList &keys) const
 {
     const QString pid = QString::number(process.processId());
-    const QStringList window{"search", "--onlyvisible", "--all",       "--pid",       pid,
-                             "--name", Title,           "windowraise", "windowfocus", "--sync"};
+    const QStringList focus{"search", "--onlyvisible", "--all",       "--pid",       pid,
+                            "--name", Title,           "windowraise", "windowfocus", "--sync"};
     const auto isGone = [&] { return process.state() == QProcess::NotRunning; };
-    return QTest::qWaitFor([&] { return isGone() || drive(m_name, window); }, TimeoutMs) &&
-           !isGone() && drive(m_name, window + QStringList{"key", "--clearmodifiers"} + keys);
+    return QTest::qWaitFor([&] { return isGone() || drive(m_name, focus); }, TimeoutMs) &&
+           !isGone() && drive(m_name, QStringList{"key", "--clearmodifiers"} + keys);
 }
 
 void VirtualDisplay::end()
