@@ -138,16 +138,28 @@ QByteArray kernelFile(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// What the process uses, with its share of what it shares with others, in MiB.
-double proportionalMemory(qint64 id)
+/// What a process uses, with its share of what it shares with others, in MiB.
+struct Memory
+{
+    double own = 0;
+    double midiServer =
+        0; ///< the buffers of all ports, which a JACK server shares with each client
+};
+
+Memory proportionalMemory(qint64 id)
 {
     constexpr double KibibytesPerMebibyte = 1024;
-    const QByteArray text = kernelFile(QString("/proc/%1/smaps_rollup").arg(id));
-    const qsizetype begin = text.indexOf("\nPss:") + 5;
-    const double kibibytes =
-        text.mid(begin, text.indexOf("kB", begin) - begin).trimmed().toDouble();
-    bench::require(kibibytes > 0, "the kernel does not tell the memory of a process");
-    return kibibytes / KibibytesPerMebibyte;
+    Memory memory;
+    bool isServers = false;
+    for (const QByteArray &line : kernelFile(QString("/proc/%1/smaps").arg(id)).split('\n')) {
+        if (line.startsWith("Pss:"))
+            (isServers ? memory.midiServer : memory.own) +=
+                line.mid(4).chopped(2).trimmed().toDouble() / KibibytesPerMebibyte;
+        else if (!line.left(line.indexOf(' ')).endsWith(':')) // the head of a mapping
+            isServers = line.contains(" /dev/shm/jack");
+    }
+    bench::require(memory.own > 0, "the kernel does not tell the memory of a process");
+    return memory;
 }
 
 /// What all threads of the process have computed so far, in ms.
@@ -207,8 +219,10 @@ void measureMemory()
         run.sleepUntilAge(3s);
         return proportionalMemory(run.id());
     };
-    bench::sample("memory", bench::Floor, measure(programs.bareWindow));
-    bench::sample("memory", bench::Measured, measure(programs.editor));
+    bench::sample("memory", bench::Floor, measure(programs.bareWindow).own);
+    const Memory memory = measure(programs.editor);
+    bench::sample("memory", bench::Measured, memory.own);
+    bench::sample("memory-midi", bench::Measured, memory.midiServer);
 }
 
 void measureIdle()
