@@ -122,7 +122,7 @@ void ConnectedDeviceListModel::scan(Reach reach)
     m_currentIndex = NoIndex;
     const int chosen = chooseDevice();
     if (chosen != NoIndex)
-        connectToIndex(chosen);
+        connectToIndex(chosen, Ports::Keep);
 }
 
 void ConnectedDeviceListModel::findPorts(Reach reach)
@@ -221,7 +221,7 @@ bool ConnectedDeviceListModel::connectToDevice(int deviceRefInt)
     if (index == NoIndex)
         disconnectDevice();
     else
-        connectToIndex(index);
+        connectToIndex(index, Ports::Reopen);
     QSettings().setValue(LAST_PRODUCT_SETTING, connectedReference());
     return index != NoIndex;
 }
@@ -232,7 +232,7 @@ bool ConnectedDeviceListModel::connectToDeviceForFirmwareUpdate(int deviceRefInt
     if (index == NoIndex)
         return false;
     m_connectedSysexId = m_devices[index]->sysexID();
-    openDevice(index);
+    openDevice(index, Ports::Reopen);
     return true;
 }
 
@@ -324,23 +324,25 @@ int ConnectedDeviceListModel::findFirst(Matches matches) const
     return found == m_devices.end() ? NoIndex : static_cast<int>(found - m_devices.begin());
 }
 
-void ConnectedDeviceListModel::openDevice(int index)
+void ConnectedDeviceListModel::openDevice(int index, Ports ports)
 {
     m_currentIndex = index;
     const MidiDevice &device = *m_devices[index];
     if (m_link) {
+        const bool isOpen = ports == Ports::Keep && m_link->isSelected(device.deviceIndex());
         // A port that cannot be opened now makes the first transfer fail, which the user is told.
-        static_cast<void>(m_link->selectPort(device.deviceIndex()));
+        if (!isOpen)
+            static_cast<void>(m_link->selectPort(device.deviceIndex()));
         m_link->setSysexID(device.sysexID());
     }
     setDeviceConnected(true, true);
 }
 
-void ConnectedDeviceListModel::connectToIndex(int index)
+void ConnectedDeviceListModel::connectToIndex(int index, Ports ports)
 {
     setConnectedProductID(m_devices[index]->productID());
     setConnectedSysexID(m_devices[index]->sysexID());
-    openDevice(index);
+    openDevice(index, ports);
 }
 
 void ConnectedDeviceListModel::disconnectDevice()

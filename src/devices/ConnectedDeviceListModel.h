@@ -113,11 +113,14 @@ private:
     void addDevice(const midi::Identity &identity, unsigned port);
     void nameDevices(midi::ByteView nameReply);
     [[nodiscard]] int chooseDevice();
+    /// What a connection does where the scan has just opened the device's ports.
+    enum class Ports { Reopen, Keep };
+
     [[nodiscard]] int findByReference(int reference) const;
     template <typename Matches>
     [[nodiscard]] int findFirst(Matches matches) const;
-    void openDevice(int index);
-    void connectToIndex(int index);
+    void openDevice(int index, Ports ports);
+    void connectToIndex(int index, Ports ports);
     void disconnectDevice();
     void setConnectedProductID(std::uint8_t id);
     void setConnectedSysexID(std::uint8_t id);

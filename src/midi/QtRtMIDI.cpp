@@ -93,6 +93,7 @@ bool QtRtMIDI::init()
 void QtRtMIDI::scanPorts(const char *inName, const char *outName)
 {
     m_pairs.clear();
+    m_selected.reset();
     if (m_service.refreshThoroughly())
         applyCallbackMode();
     const midi::MidiClients &clients = m_service.clients();
@@ -176,13 +177,20 @@ bool QtRtMIDI::selectPort(unsigned index)
         return false;
     }
     m_openPair = pair;
+    m_selected = index;
     QThread::msleep(static_cast<unsigned long>(clients.settlingTime.count()));
     return true;
+}
+
+bool QtRtMIDI::isSelected(unsigned index) const
+{
+    return m_selected == index && portsReady();
 }
 
 void QtRtMIDI::closePort()
 {
     m_openPair.reset();
+    m_selected.reset();
     const midi::MidiClients *clients = m_service.clientsInUse();
     // Nothing can be closed with a service that is gone; its clients are given up as a whole.
     if (!clients || !clients->input || (clients->jack && clients->jack->isGone()))

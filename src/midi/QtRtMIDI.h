@@ -53,6 +53,8 @@ public:
     /// Closes what is open and opens pair `index` of the last scan. Does not touch the receive
     /// mode.
     [[nodiscard]] bool selectPort(unsigned index);
+    /// Whether pair `index` is open and was opened after the last scan.
+    [[nodiscard]] bool isSelected(unsigned index) const;
     void closePort();
     [[nodiscard]] bool portsReady() const;
     /// What ports of others there are now. Cheap enough to be asked all the time.
@@ -170,6 +172,7 @@ private:
     SettingsTransfer *m_settingsTransfer = nullptr;
     std::vector<Pair> m_pairs;
     std::optional<Pair> m_openPair;
+    std::optional<unsigned> m_selected; ///< the open pair's place in m_pairs
     std::string m_portName;
     std::string m_error;
     bool m_callbackMode = false;
