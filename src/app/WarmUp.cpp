@@ -1,7 +1,6 @@
 #include "app/WarmUp.h"
 
-#include <QFont>
-#include <QFontMetricsF>
+#include <QFontDatabase>
 #include <QImageReader>
 #include <QThreadPool>
 
@@ -11,7 +10,7 @@ namespace
 /// The first look at any font reads the system's list of fonts.
 void prepareFonts()
 {
-    static_cast<void>(QFontMetricsF(QFont()).horizontalAdvance(u'x'));
+    static_cast<void>(QFontDatabase::hasFamily(QString()));
 }
 
 /// The first picture loads the plugins for all formats.
