@@ -162,15 +162,20 @@ def environment(program, home):
     return values
 
 
+ATTEMPTS = 3  # a busy MIDI service turns some programs away
+
+
 def run(folder, program, arguments):
     """What the program writes to standard output; the rest is shown only when it fails."""
-    with tempfile.TemporaryDirectory() as home:
-        result = subprocess.run([folder / program, *arguments], env=environment(program, home),
-                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                stderr=subprocess.PIPE, check=False, text=True)
-    if result.returncode != 0:
-        sys.exit(f"{result.stderr}Error: {program} {' '.join(arguments)} failed")
-    return result.stdout
+    for _ in range(ATTEMPTS):
+        with tempfile.TemporaryDirectory() as home:
+            result = subprocess.run([folder / program, *arguments],
+                                    env=environment(program, home), stdin=subprocess.DEVNULL,
+                                    stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False,
+                                    text=True)
+        if result.returncode == 0:
+            return result.stdout
+    sys.exit(f"{result.stderr}Error: {program} {' '.join(arguments)} failed")
 
 
 class Progress:
