@@ -263,7 +263,7 @@ def machine():
 
 
 def print_table(results, repeat):
-    print(f"\n{datetime.date.today()}, {machine()}; medians; {repeat} rounds\n")
+    print(f"\n{datetime.date.today()}, {machine()}; medians; rounds: {repeat}\n")
     head = ("row", "measured", "floor", "unit", "ratio", "target", "")
     cells = [head]
     for result in results:
