@@ -32,6 +32,8 @@ EditorProcess::EditorProcess()
 
 EditorProcess::~EditorProcess()
 {
+    if (hasCrashed())
+        qWarning().noquote() << "The editor crashed:" << m_output + m_process.readAll();
     testsupport::stop(m_process);
 }
 
@@ -43,6 +45,7 @@ void EditorProcess::setEnvironment(const QString &name, const QString &value)
 bool EditorProcess::start()
 {
     m_output.clear();
+    m_isKilled = false;
     m_process.setProcessEnvironment(m_environment);
     m_process.start(OSTREL_EDITOR_PROGRAM, QStringList());
     return m_process.waitForStarted();
@@ -52,8 +55,15 @@ void EditorProcess::kill()
 {
     if (m_process.state() == QProcess::NotRunning)
         return;
+    m_isKilled = true;
     m_process.kill();
     m_process.waitForFinished();
+}
+
+bool EditorProcess::hasCrashed() const
+{
+    return m_process.state() == QProcess::NotRunning &&
+           m_process.exitStatus() == QProcess::CrashExit && !m_isKilled;
 }
 
 QStringList EditorProcess::log()

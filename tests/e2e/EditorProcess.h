@@ -31,10 +31,13 @@ public:
     [[nodiscard]] QString settingsPath() const;
 
 private:
+    [[nodiscard]] bool hasCrashed() const;
+
     QTemporaryDir m_home;
     QProcessEnvironment m_environment;
     QProcess m_process;
     QByteArray m_output;
+    bool m_isKilled = false;
 };
 
 /// All of a file; empty where there is none.

@@ -12,15 +12,18 @@ namespace
 constexpr int TimeoutMs = 60000;
 constexpr char Title[] = "Ostrel Script Editor";
 
-bool drive(const QString &display, const QStringList &arguments)
+/// Why xdotool could not do what it was told, or nothing when it could.
+QByteArray drive(const QString &display, const QStringList &arguments)
 {
     QProcess xdotool;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("DISPLAY", display);
     xdotool.setProcessEnvironment(environment);
     xdotool.start("xdotool", arguments);
-    return xdotool.waitForFinished(TimeoutMs) && xdotool.exitStatus() == QProcess::NormalExit &&
-           xdotool.exitCode() == 0;
+    if (!xdotool.waitForFinished(TimeoutMs) || xdotool.exitStatus() != QProcess::NormalExit)
+        return "xdotool: " + xdotool.errorString().toUtf8();
+    return xdotool.exitCode() == 0 ? QByteArray()
+                                   : "xdotool failed: " + xdotool.readAllStandardError();
 }
 
 } // namespace
@@ -28,8 +31,10 @@ bool drive(const QString &display, const QStringList &arguments)
 VirtualDisplay::VirtualDisplay()
 {
     endWithParent(m_process);
-    // It picks a free number and says so once it is ready.
-    m_process.start("Xvfb", {"-displayfd", "1", "-screen", "0", "1024x768x24", "-nolisten", "tcp"});
+    // It picks a free number and says so once it is ready. It must not start anew, and drop a
+    // program that is just connecting, when a look for the window was the only other client.
+    m_process.start(
+        "Xvfb", {"-displayfd", "1", "-noreset", "-screen", "0", "1024x768x24", "-nolisten", "tcp"});
     while (!m_process.canReadLine() && m_process.waitForReadyRead(TimeoutMs)) {
     }
     const QByteArray number = m_process.readLine().trimmed();
@@ -47,9 +52,20 @@ bool VirtualDisplay::press(const QProcess &process, const QStringList &keys) con
     const QString pid = QString::number(process.processId());
     const QStringList focus{"search", "--onlyvisible", "--all",       "--pid",       pid,
                             "--name", Title,           "windowraise", "windowfocus", "--sync"};
+    QByteArray error;
+    const auto isFocused = [&] {
+        error = drive(m_name, focus);
+        return error.isEmpty();
+    };
     const auto isGone = [&] { return process.state() == QProcess::NotRunning; };
-    return QTest::qWaitFor([&] { return isGone() || drive(m_name, focus); }, TimeoutMs) &&
-           !isGone() && drive(m_name, QStringList{"key", "--clearmodifiers"} + keys);
+    const bool ready = QTest::qWaitFor([&] { return isGone() || isFocused(); }, TimeoutMs);
+    if (isGone())
+        error = "the program has ended with " + QByteArray::number(process.exitCode());
+    else if (ready)
+        error = drive(m_name, QStringList{"key", "--clearmodifiers"} + keys);
+    if (!error.isEmpty())
+        qWarning().noquote() << error;
+    return error.isEmpty();
 }
 
 void VirtualDisplay::end()

@@ -6,14 +6,15 @@ has_display()
     [[ -n ${DISPLAY-} || -n ${WAYLAND_DISPLAY-} ]]
 }
 
-# The server picks a free number and writes it once it is ready.
+# The server picks a free number and writes it once it is ready. It does not start anew when its
+# last client goes, which may be a look for the window of a program that is just connecting.
 start_virtual_display()
 {
     local number=$LOG_DIR/display
     say 'Starting a virtual display'
     mkdir -p "$LOG_DIR"
     rm -f "$number"
-    Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp \
+    Xvfb -displayfd 3 -noreset -screen 0 1024x768x24 -nolisten tcp \
         3>"$number" >"$LOG_DIR/xvfb.log" 2>&1 </dev/null &
     STARTED_PIDS+=($!)
     if ! wait_until 20 test -s "$number"; then
