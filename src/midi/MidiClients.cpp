@@ -18,7 +18,6 @@ namespace
 Q_LOGGING_CATEGORY(lcMidi, "ostrel.midi", QtInfoMsg)
 
 constexpr char ApiVariable[] = "OSTREL_MIDI_API";
-constexpr unsigned QueueLimit = 100; ///< messages kept while polling
 
 /// Two cycles of a server with large buffers.
 constexpr std::chrono::milliseconds JackSettlingTime{20};
@@ -64,7 +63,7 @@ bool create(RtMidi::Api api, const ClientNames &names, MidiClients &clients)
         std::unique_ptr<JackService> jack;
         if (api == RtMidi::UNIX_JACK)
             jack = connectToJack(names);
-        auto input = std::make_unique<RtMidiIn>(api, names.input, QueueLimit);
+        auto input = std::make_unique<RtMidiIn>(api, names.input);
         input->ignoreTypes(false, true, true);
         enlargeBuffers(*input);
         const RtMidi::Api used = input->getCurrentApi();

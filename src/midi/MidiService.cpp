@@ -15,8 +15,9 @@ constexpr auto AttemptInterval = 3s;
 
 } // namespace
 
-MidiService::MidiService()
-    : m_starting(std::async(std::launch::async, [] { return createMidiClients(); }))
+MidiService::MidiService(MessageInbox &inbox)
+    : m_inbox(inbox)
+    , m_starting(std::async(std::launch::async, [] { return createMidiClients(); }))
 {}
 
 MidiService::~MidiService() = default;
@@ -24,7 +25,7 @@ MidiService::~MidiService() = default;
 MidiClients &MidiService::clients()
 {
     if (m_starting.valid()) {
-        m_clients = m_starting.get();
+        use(m_starting.get());
         m_nextAttempt.setRemainingTime(AttemptInterval);
         m_nextThoroughAttempt = m_nextAttempt;
     }
@@ -55,8 +56,15 @@ bool MidiService::refreshBy(Maker maker, QDeadlineTimer &nextAttempt)
     if (m_clients.input || isClosing() || !nextAttempt.hasExpired())
         return false;
     nextAttempt.setRemainingTime(AttemptInterval);
-    m_clients = maker({});
+    use(maker({}));
     return m_clients.input != nullptr;
+}
+
+void MidiService::use(MidiClients &&clients)
+{
+    m_clients = std::move(clients);
+    if (m_clients.input)
+        m_clients.input->setCallback(&MessageInbox::receive, &m_inbox);
 }
 
 bool MidiService::isClosing() const

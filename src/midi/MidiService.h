@@ -1,5 +1,6 @@
 #pragma once
 
+#include "midi/MessageInbox.h"
 #include "midi/MidiClients.h"
 
 #include <QDeadlineTimer>
@@ -15,8 +16,8 @@ namespace midi
 class MidiService
 {
 public:
-    /// Begins to make the clients.
-    MidiService();
+    /// Begins to make the clients, whose inputs deliver to `inbox`, which outlives this object.
+    explicit MidiService(MessageInbox &inbox);
     /// Waits for whatever is being made or closed.
     ~MidiService();
     MidiService(const MidiService &) = delete;
@@ -38,8 +39,10 @@ private:
 
     bool refreshBy(Maker maker, QDeadlineTimer &nextAttempt);
     [[nodiscard]] bool isClosing() const;
+    void use(MidiClients &&clients);
     void giveUp();
 
+    MessageInbox &m_inbox;
     std::future<MidiClients> m_starting;
     MidiClients m_clients;
     std::future<void> m_closing; ///< no new client may be made before these are closed

@@ -79,6 +79,8 @@ QString toLatin1Text(ByteView bytes)
 
 QtRtMIDI::QtRtMIDI(QObject *parent)
     : QObject(parent)
+    , m_inbox(&QtRtMIDI::receiveCB, this)
+    , m_service(m_inbox)
 {
     qRegisterMetaType<std::vector<uint8_t>>("std::vector<uint8_t>");
 }
@@ -94,8 +96,7 @@ void QtRtMIDI::scanPorts(const char *inName, const char *outName)
 {
     m_pairs.clear();
     m_selected.reset();
-    if (m_service.refreshThoroughly())
-        applyCallbackMode();
+    m_service.refreshThoroughly();
     const midi::MidiClients &clients = m_service.clients();
     if (clients.input) {
         attempt(m_error, [&] {
@@ -121,8 +122,7 @@ void QtRtMIDI::scanPorts(const char *inName, const char *outName)
 
 midi::PortNames QtRtMIDI::portNames()
 {
-    if (m_service.refresh())
-        applyCallbackMode();
+    m_service.refresh();
     midi::PortNames names;
     const midi::MidiClients &clients = m_service.clients();
     if (!clients.input)
@@ -208,25 +208,7 @@ bool QtRtMIDI::portsReady() const
 
 void QtRtMIDI::setCallbackMode(bool enabled)
 {
-    // The library complains on standard error about a callback set or cancelled twice.
-    if (m_callbackMode == enabled)
-        return;
-    m_callbackMode = enabled;
-    const midi::MidiClients &clients = m_service.clients();
-    if (!clients.input)
-        return;
-    if (enabled)
-        applyCallbackMode();
-    else
-        attempt(m_error, [&] { clients.input->cancelCallback(); });
-}
-
-/// New clients know nothing of what was set before.
-void QtRtMIDI::applyCallbackMode()
-{
-    const midi::MidiClients &clients = m_service.clients();
-    if (clients.input && m_callbackMode)
-        attempt(m_error, [&] { clients.input->setCallback(&QtRtMIDI::receiveCB, this); });
+    m_inbox.setPushing(enabled);
 }
 
 const char *QtRtMIDI::getErrorMessage()
@@ -256,17 +238,11 @@ void QtRtMIDI::receiveCB(double /*timeStamp*/, std::vector<uint8_t> *message, vo
 bool QtRtMIDI::receiveMessage(std::vector<uint8_t> &message)
 {
     message.clear();
-    if (!portsReady())
-        return false;
-    RtMidiIn &input = *m_service.clients().input;
-    return attempt(m_error, [&] { input.getMessage(&message); }) && !message.empty();
+    return portsReady() && m_inbox.take(message);
 }
 
 void QtRtMIDI::flushInput()
 {
-    // With a callback nothing waits, and the library complains about being asked.
-    if (m_callbackMode)
-        return;
     std::vector<uint8_t> discarded;
     while (receiveMessage(discarded)) {
     }

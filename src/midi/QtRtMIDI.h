@@ -92,8 +92,8 @@ public:
     bool sendGlobalsReq();
     bool sendScriptReq();
 
-    // Transfers: each blocks until the answer is there or ten polls, 10 ms apart, found nothing,
-    // and leaves the connection in callback mode. A corrupt answer does not end the wait.
+    // Transfers: each blocks until the answer is there or 100 ms of waiting brought none, and
+    // leaves the connection in callback mode. A corrupt answer does not end the wait.
 
     /// The 256-byte settings record, inside the transfer buffer and valid until the next transfer;
     /// null when the box did not answer. A shorter record leaves the rest as the buffer holds it.
@@ -166,16 +166,14 @@ private:
     [[nodiscard]] std::optional<std::size_t> readBlock(midi::BlockType type);
     [[nodiscard]] std::optional<std::size_t> awaitBlock(midi::BlockType type);
 
-    void applyCallbackMode();
-
-    midi::MidiService m_service;
+    midi::MessageInbox m_inbox;
+    midi::MidiService m_service; ///< delivers to the inbox
     SettingsTransfer *m_settingsTransfer = nullptr;
     std::vector<Pair> m_pairs;
     std::optional<Pair> m_openPair;
     std::optional<unsigned> m_selected; ///< the open pair's place in m_pairs
     std::string m_portName;
     std::string m_error;
-    bool m_callbackMode = false;
     uint8_t m_sysexId = 0;
     uint8_t m_altSysexId = NoSysexID;
     std::array<uint8_t, midi::MaxFrameLength> m_transferBuffer{};

@@ -4,7 +4,6 @@
 #include "midi/UpdateMessages.h"
 
 #include <QString>
-#include <QThread>
 
 #include <algorithm>
 #include <chrono>
@@ -14,8 +13,7 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds PollInterval{1};
-/// What a read sleeps in all before it gives up.
+/// What a read waits in all before it gives up.
 constexpr std::chrono::milliseconds MaxWait{100};
 
 } // namespace
@@ -73,7 +71,7 @@ std::optional<std::size_t> QtRtMIDI::awaitBlock(midi::BlockType type)
     for (Clock::duration waited{0}; waited < MaxWait;) {
         if (!receiveMessage(message)) {
             const auto begin = Clock::now();
-            QThread::msleep(PollInterval.count());
+            m_inbox.waitForMessage(MaxWait - waited);
             waited += Clock::now() - begin;
             continue;
         }

@@ -18,9 +18,8 @@ namespace
 {
 
 constexpr int MaxReads = 4;
-constexpr std::size_t MaxReplies = 110; ///< more than the library keeps
-constexpr std::size_t QueueRoom = 99;   ///< what the library keeps
-constexpr int MaxMisses = 10;
+constexpr std::size_t QueueRoom = 100;  ///< what the link keeps
+constexpr std::size_t MaxReplies = 110; ///< more than that
 
 using FrameBuffer = std::array<std::uint8_t, midi::MaxFrameLength>;
 
@@ -34,17 +33,16 @@ public:
 
     void receive(const ByteMessage &message)
     {
-        if (m_queue.size() < QueueRoom)
+        if (!message.empty() && m_queue.size() < QueueRoom)
             m_queue.push_back(message);
     }
 
     /// The payload of the first right block of this type.
     std::optional<ByteMessage> read(BlockType type)
     {
-        for (int misses = 0; misses < MaxMisses && !m_queue.empty();) {
+        while (!m_queue.empty()) {
             const ByteMessage message = m_queue.front();
             m_queue.pop_front();
-            misses += message.empty() ? 1 : 0;
             if (auto payload = payloadOf(message, type))
                 return payload;
         }

@@ -1,5 +1,6 @@
 #include "support/MidiServer.h"
 
+#include "midi/JackService.h"
 #include "support/ChildProcess.h"
 
 #include <QDeadlineTimer>
@@ -25,8 +26,7 @@ constexpr int StartAttempts = 3;
 constexpr int NameTimeoutMs = 120000;
 constexpr int NamePollMs = 50;
 
-/// A server listens on a socket that carries its name. The kernel's list of sockets tells without a
-/// client of JACK, whose command for it is in a package of its own on some systems.
+/// A server listens on a socket that carries its name, somewhat before it takes clients.
 bool isListening(const QByteArray &name)
 {
     QFile sockets(QStringLiteral("/proc/net/unix"));
@@ -76,7 +76,7 @@ bool MidiServer::start()
     m_running = false;
     while (!m_running && m_process.state() != QProcess::NotRunning && !deadline.hasExpired()) {
         m_process.waitForFinished(StartPollMs);
-        m_running = isListening(m_name);
+        m_running = isListening(m_name) && midi::JackService::connect("ready?");
     }
     return m_running;
 }
