@@ -33,12 +33,6 @@ bool MessageInbox::take(ByteMessage &message)
     return true;
 }
 
-void MessageInbox::waitForMessage(std::chrono::nanoseconds time)
-{
-    std::unique_lock lock(m_mutex);
-    m_arrival.wait_for(lock, time, [this] { return !m_waiting.empty(); });
-}
-
 void MessageInbox::receive(double timeStamp, ByteMessage *message, void *inbox)
 {
     auto *self = static_cast<MessageInbox *>(inbox);
@@ -53,7 +47,6 @@ bool MessageInbox::keep(const ByteMessage &message)
         return false;
     if (m_waiting.size() < MaxWaiting)
         m_waiting.push_back(message);
-    m_arrival.notify_one();
     return true;
 }
 

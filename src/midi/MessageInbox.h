@@ -2,8 +2,6 @@
 
 #include "midi/ByteMessage.h"
 
-#include <chrono>
-#include <condition_variable>
 #include <deque>
 #include <mutex>
 
@@ -28,8 +26,6 @@ public:
     /// Takes the oldest waiting message. False, with an empty message, when there is none or when
     /// messages are pushed.
     [[nodiscard]] bool take(ByteMessage &message);
-    /// Returns when a message waits, or after this time.
-    void waitForMessage(std::chrono::nanoseconds time);
 
     /// The library's callback; `inbox` is a MessageInbox. Empty messages are dropped.
     static void receive(double timeStamp, ByteMessage *message, void *inbox);
@@ -41,7 +37,6 @@ private:
     const Callback m_push;
     void *const m_userData;
     std::mutex m_mutex; ///< guards what follows
-    std::condition_variable m_arrival;
     std::deque<ByteMessage> m_waiting;
     bool m_pushing = false;
 };

@@ -92,7 +92,7 @@ public:
     bool sendGlobalsReq();
     bool sendScriptReq();
 
-    // Transfers: each blocks until the answer is there or 100 ms of waiting brought none, and
+    // Transfers: each blocks until the answer is there or 100 ms of sleep brought none, and
     // leaves the connection in callback mode. A corrupt answer does not end the wait.
 
     /// The 256-byte settings record, inside the transfer buffer and valid until the next transfer;

@@ -4,17 +4,16 @@
 #include "midi/UpdateMessages.h"
 
 #include <QString>
+#include <QThread>
 
 #include <algorithm>
-#include <chrono>
 
 namespace
 {
 
-using Clock = std::chrono::steady_clock;
-
-/// What a read waits in all before it gives up.
-constexpr std::chrono::milliseconds MaxWait{100};
+/// What a read sleeps in all before it gives up, and how long at a time.
+constexpr unsigned long MaxSleepMs = 100;
+constexpr unsigned long SleepMs = 1;
 
 } // namespace
 
@@ -68,11 +67,10 @@ std::optional<std::size_t> QtRtMIDI::readBlock(midi::BlockType type)
 std::optional<std::size_t> QtRtMIDI::awaitBlock(midi::BlockType type)
 {
     std::vector<uint8_t> message;
-    for (Clock::duration waited{0}; waited < MaxWait;) {
+    for (unsigned long sleptMs = 0; sleptMs < MaxSleepMs;) {
         if (!receiveMessage(message)) {
-            const auto begin = Clock::now();
-            m_inbox.waitForMessage(MaxWait - waited);
-            waited += Clock::now() - begin;
+            QThread::msleep(SleepMs);
+            sleptMs += SleepMs;
             continue;
         }
         // A frame beyond the buffer's size can be no block of this protocol.
