@@ -5,7 +5,7 @@
 function(ostrel_add_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS")
     if(NOT arg_TIMEOUT)
-        set(arg_TIMEOUT 120)
+        set(arg_TIMEOUT 300)
     endif()
     qt_add_executable(${name} ${arg_SOURCES})
     ostrel_set_compile_options(${name})

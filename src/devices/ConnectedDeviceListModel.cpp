@@ -73,7 +73,7 @@ int ConnectedDeviceListModel::scanForDevice()
     if (!m_link)
         return connectedReference();
     beginResetModel();
-    scan(m_firstScan ? Reach::NamedPorts : Reach::AllPorts);
+    scan(m_firstScan ? Reach::NamedPorts : Reach::AllPorts, Choice::LastOrOnly);
     if (m_currentIndex == NoIndex)
         disconnectDevice();
     m_firstScan = false;
@@ -87,8 +87,10 @@ bool ConnectedDeviceListModel::reconnect()
 {
     if (!m_link)
         return false;
+    // Nobody asked for this scan, so nobody expects another box in place of the one that was there.
+    const bool hadDevice = m_connectedSysexId != midi::NoId;
     beginResetModel();
-    scan(Reach::NamedPorts);
+    scan(Reach::NamedPorts, hadDevice ? Choice::Last : Choice::LastOrOnly);
     if (m_currentIndex == NoIndex)
         m_link->closePort();
     endResetModel();
@@ -111,7 +113,7 @@ void ConnectedDeviceListModel::loseDevice()
 }
 
 /// Lists who answers and connects to the one that is wanted, if any.
-void ConnectedDeviceListModel::scan(Reach reach)
+void ConnectedDeviceListModel::scan(Reach reach, Choice choice)
 {
     m_devices.clear();
     findPorts(reach);
@@ -120,7 +122,7 @@ void ConnectedDeviceListModel::scan(Reach reach)
     m_onlyOstrel = false;
 
     m_currentIndex = NoIndex;
-    const int chosen = chooseDevice();
+    const int chosen = chooseDevice(choice);
     if (chosen != NoIndex)
         connectToIndex(chosen, Ports::Keep);
 }
@@ -193,7 +195,7 @@ void ConnectedDeviceListModel::nameDevices(midi::ByteView nameReply)
     }
 }
 
-int ConnectedDeviceListModel::chooseDevice()
+int ConnectedDeviceListModel::chooseDevice(Choice choice)
 {
     const auto isLast = [this](const MidiDevice &device) {
         return device.productID() == m_connectedProductId &&
@@ -204,7 +206,7 @@ int ConnectedDeviceListModel::chooseDevice()
     if (m_firstScan || m_connectedSysexId != midi::NoId)
         chosen = findFirst(isLast);
     if (chosen == NoIndex)
-        return m_devices.size() == 1 ? 0 : NoIndex;
+        return choice == Choice::LastOrOnly && m_devices.size() == 1 ? 0 : NoIndex;
 
     const std::uint8_t sysexId = m_devices[chosen]->sysexID();
     if (!m_firstScan && sysexId == m_newSysexId) {

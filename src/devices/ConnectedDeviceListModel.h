@@ -104,15 +104,17 @@ signals:
 private:
     static constexpr int NoIndex = -1;
     enum class Reach { NamedPorts, AllPorts };
+    /// Which device is connected: the last one, or where that is missing, the only one.
+    enum class Choice { LastOrOnly, Last };
 
-    void scan(Reach reach);
+    void scan(Reach reach, Choice choice);
     void findPorts(Reach reach);
     void listenOnPort(unsigned port);
     /// False when the message says that this port is not to be listened to any longer.
     [[nodiscard]] bool handleReply(const std::vector<std::uint8_t> &message, unsigned port);
     void addDevice(const midi::Identity &identity, unsigned port);
     void nameDevices(midi::ByteView nameReply);
-    [[nodiscard]] int chooseDevice();
+    [[nodiscard]] int chooseDevice(Choice choice);
     /// What a connection does where the scan has just opened the device's ports.
     enum class Ports { Reopen, Keep };
 

@@ -66,9 +66,11 @@ void DeviceWatch::check()
     if (!link || !m_devices->hasScanned())
         return;
     const midi::PortNames now = link->portNames();
-    if (m_devices->deviceConnected() && !link->isOpenAmong(now))
+    const bool lost = m_devices->deviceConnected() && !link->isOpenAmong(now);
+    if (lost)
         loseDevice();
-    if (m_names && bringsNew(now, *m_names))
+    // After a rest, the box may be back already when its loss is noticed.
+    if (lost || (m_names && bringsNew(now, *m_names)))
         beginAttempts();
     m_names = now;
     if (m_devices->deviceConnected())

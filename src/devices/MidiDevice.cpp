@@ -107,6 +107,8 @@ bool MidiDevice::updateVersion()
             return true;
         }
     }
+    // Who did not answer is no box, and must not be taken for one.
+    m_link->closePort();
     return false;
 }
 

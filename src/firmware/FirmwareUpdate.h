@@ -23,9 +23,9 @@ class FirmwareUpdate : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(QtRtMIDI *midiObj READ midiObj WRITE setMidiObj NOTIFY midiObjChanged FINAL)
-    /// The box is being written to, or about to be.
     /// From the start of an update until the box had time to restart after it.
     Q_PROPERTY(bool busy READ busy NOTIFY busyChanged FINAL)
+    /// The box is being written to, or about to be.
     Q_PROPERTY(bool transferActive READ transferActive NOTIFY transferActiveChanged FINAL)
     Q_PROPERTY(int bytesSent READ bytesSent NOTIFY transferChanged FINAL)
     Q_PROPERTY(int bytesTotal READ bytesTotal NOTIFY transferChanged FINAL)

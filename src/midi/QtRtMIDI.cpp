@@ -17,6 +17,8 @@ using midi::ByteView;
 namespace
 {
 
+constexpr char NoAnswer[] = "the MIDI service does not answer";
+
 /// Runs a piece of work with the MIDI library. An error becomes a text and a false result.
 template <typename Work>
 bool attempt(std::string &errorText, Work &&work)
@@ -85,7 +87,11 @@ QtRtMIDI::QtRtMIDI(QObject *parent)
     qRegisterMetaType<std::vector<uint8_t>>("std::vector<uint8_t>");
 }
 
-QtRtMIDI::~QtRtMIDI() = default;
+QtRtMIDI::~QtRtMIDI()
+{
+    // What still arrives until the input is gone must not call into an object that is half gone.
+    m_inbox.setPushing(false);
+}
 
 bool QtRtMIDI::init()
 {
@@ -167,6 +173,10 @@ bool QtRtMIDI::selectPort(unsigned index)
     midi::MidiClients &clients = m_service.clients();
     if (!clients.input || index >= m_pairs.size())
         return false;
+    if (clients.jack && !clients.jack->answers()) {
+        m_error = NoAnswer;
+        return false;
+    }
     closePort();
     const Pair &pair = m_pairs[index];
     if (!attempt(m_error, [&] { openPort(*clients.input, pair.input.number, pair.input.name); }))
@@ -192,8 +202,12 @@ void QtRtMIDI::closePort()
     m_openPair.reset();
     m_selected.reset();
     const midi::MidiClients *clients = m_service.clientsInUse();
-    // Nothing can be closed with a service that is gone; its clients are given up as a whole.
-    if (!clients || !clients->input || (clients->jack && clients->jack->isGone()))
+    if (!clients || !clients->input ||
+        (!clients->input->isPortOpen() && !clients->output->isPortOpen()))
+        return;
+    // Nothing can be closed with a service that is gone, whose clients are given up as a whole, or
+    // with one that does not answer, which would keep the window waiting.
+    if (clients->jack && (clients->jack->isGone() || !clients->jack->answers()))
         return;
     attempt(m_error, [&] { closeIfOpen(*clients->input); });
     attempt(m_error, [&] { closeIfOpen(*clients->output); });
@@ -254,7 +268,7 @@ bool QtRtMIDI::sendMessage(const std::vector<uint8_t> &message)
         return false;
     const midi::MidiClients &clients = m_service.clients();
     if (clients.jack && !clients.jack->waitForRoom(message.size())) {
-        m_error = "the MIDI service does not answer";
+        m_error = NoAnswer;
         return false;
     }
     return attempt(m_error, [&] { clients.output->sendMessage(message.data(), message.size()); });

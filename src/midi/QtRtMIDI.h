@@ -23,9 +23,9 @@ Q_DECLARE_OPAQUE_POINTER(SettingsTransfer *) // known here by name only: setting
 /// the receive callback, which the MIDI library calls on a thread of its own and which emits
 /// midiMessageReceived() and textMessageReceived() from there: receivers are called queued.
 /// Without a MIDI service the object exists without ports; one that ends takes the ports with it,
-/// and one that comes up is found by scanPorts() and portNames(). Nothing here throws or waits for
-/// a service that does not answer; operations that fail return false or nothing and keep the
-/// library's text for getErrorMessage().
+/// and one that comes up is found by scanPorts() and portNames(). Nothing here throws. Once there
+/// is a connection to a service, a service that stops answering is not waited for. Operations that
+/// fail return false or nothing and keep the library's text for getErrorMessage().
 class QtRtMIDI : public QObject
 {
     Q_OBJECT

@@ -6,6 +6,7 @@
 #include <QSocketNotifier>
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
@@ -26,8 +27,10 @@ int wakeUpPipe[2] = {-1, -1};
 
 void onSignal(int /*signal*/)
 {
+    const int interruptedError = errno;
     const char byte = 0;
     [[maybe_unused]] const auto written = ::write(wakeUpPipe[1], &byte, 1);
+    errno = interruptedError;
 }
 
 bool openPipe()

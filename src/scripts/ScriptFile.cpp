@@ -21,8 +21,16 @@ bool hasScriptLength(const QString &text)
 /// Empty for what is not on this machine.
 QString localPath(const QUrl &file)
 {
-    // Qt's own file dialog, up to 6.4 at least, returns a name that was typed as a mere path.
-    return file.scheme().isEmpty() ? file.path(QUrl::FullyDecoded) : file.toLocalFile();
+    if (!file.scheme().isEmpty())
+        return file.toLocalFile();
+    // Qt's own file dialog, up to 6.4 at least, returns a name that was typed as a mere path, and
+    // takes what stands in it for a query and a fragment.
+    QString path = file.path(QUrl::FullyDecoded);
+    if (file.hasQuery())
+        path += u'?' + file.query(QUrl::FullyDecoded);
+    if (file.hasFragment())
+        path += u'#' + file.fragment(QUrl::FullyDecoded);
+    return path;
 }
 
 QString withPlainLineEnds(QString text)

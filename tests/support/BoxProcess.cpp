@@ -7,13 +7,21 @@
 namespace testsupport
 {
 
+namespace
+{
+
+/// A JACK server may keep a new client waiting until others, which wait for it, have timed out.
+constexpr int StartTimeoutMs = 150000;
+
+} // namespace
+
 BoxProcess::BoxProcess(const QStringList &arguments)
 {
     endWithParent(m_process);
     QObject::connect(&m_process, &QProcess::readyReadStandardOutput, &m_process,
                      [this] { readLines(); });
     m_process.start(OSTREL_BOX_PROGRAM, QStringList{"--exit-with-stdin"} + arguments);
-    m_ready = waitForLine(QStringLiteral("^ready$"));
+    m_ready = waitForLine(QStringLiteral("^ready$"), StartTimeoutMs);
 }
 
 BoxProcess::~BoxProcess()

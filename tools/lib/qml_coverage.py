@@ -16,7 +16,7 @@ import tempfile
 import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 
-HANDLER = re.compile(r"^\s*(?:[A-Z]\w*\.)?(on[A-Z]\w*)\s*:|^\s*function\s+(\w+)\s*\(")
+HANDLER = re.compile(r"^\s*(?:[\w.]+\.)?(on[A-Z]\w*)\s*:|^\s*function\s+(\w+)\s*\(")
 
 
 def tests(build):

@@ -143,6 +143,13 @@ private slots:
         setPorts(NoPorts);
         watch.check();
         QCOMPARE(devices.rowCount(), 1);
+        // Another box is listed and no more.
+        plugIn(Stage, NameStyle::Undecorated, "26/7");
+        watch.check();
+        QCOMPARE(devices.rowCount(), 2);
+        QVERIFY(!devices.deviceConnected());
+        setPorts(NoPorts);
+        watch.check();
         plugIn(Stage, NameStyle::Undecorated, "26/7 26/5");
         watch.check();
         QVERIFY(devices.deviceConnected());

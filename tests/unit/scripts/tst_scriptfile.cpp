@@ -82,9 +82,9 @@ void ScriptFileTest::writesWhatItReads()
     QCOMPARE(script.existingName(url), QStringLiteral("blink.py"));
 
     // As a name that was typed arrives from Qt 6.4's own dialog.
-    const QUrl typed(folder.filePath(QStringLiteral("100% wet.py")));
+    const QUrl typed(folder.filePath(QStringLiteral("100% wet? C#.py")));
     QVERIFY(script.write(typed, QStringLiteral("typed")));
-    QVERIFY(script.read(QUrl::fromLocalFile(folder.filePath(QStringLiteral("100% wet.py")))));
+    QVERIFY(script.read(QUrl::fromLocalFile(folder.filePath(QStringLiteral("100% wet? C#.py")))));
     QCOMPARE(script.text(), QStringLiteral("typed"));
 }
 
