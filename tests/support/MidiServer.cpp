@@ -8,6 +8,7 @@
 #include <QFile>
 
 #include <csignal>
+#include <vector>
 
 #include <unistd.h>
 
@@ -39,17 +40,23 @@ bool isListening(const QByteArray &name)
 
 MidiServer::MidiServer()
 {
-    takeName();
-    const std::array<QByteArray, Variables.size()> values{m_name, "1", "jack"};
-    for (std::size_t i = 0; i < Variables.size(); ++i) {
+    for (std::size_t i = 0; i < Variables.size(); ++i)
         m_previous[i] = qgetenv(Variables[i]);
-        qputenv(Variables[i], values[i]);
-    }
-
     endWithParent(m_process);
     m_process.setProcessChannelMode(QProcess::MergedChannels);
-    for (int attempt = 0; attempt < StartAttempts && !start(); ++attempt)
-        stop(m_process);
+
+    // JACK refuses the name of a killed server whose process number is in use again.
+    std::vector<std::unique_ptr<QLockFile>> refused;
+    for (int attempt = 0; attempt < StartAttempts && !m_running; ++attempt) {
+        if (m_nameLock)
+            refused.push_back(std::move(m_nameLock));
+        takeName();
+        const std::array<QByteArray, Variables.size()> values{m_name, "1", "jack"};
+        for (std::size_t i = 0; i < Variables.size(); ++i)
+            qputenv(Variables[i], values[i]);
+        if (!start())
+            stop(m_process);
+    }
 }
 
 /// Waits until a name is free. The lock of a process that died counts for nothing.

@@ -43,8 +43,10 @@ def run(command, variables, trace):
     profiled = [profiler(), "--include", "handlingsignal,javascript", "--output", trace, *command]
     result = subprocess.run(profiled, env=environment, capture_output=True, text=True)
     # The profiler's own exit code tells of the lost connection at the end, not of the test.
-    if not re.search(r"^Totals: \d+ passed, 0 failed", result.stdout, re.M):
-        sys.exit(f"{command[0]} failed:\n{result.stdout}{result.stderr}")
+    # The profiler passes the test's output on, not always in the stream that it came in.
+    output = result.stdout + result.stderr
+    if not re.search(r"^Totals: \d+ passed, 0 failed", output, re.M):
+        sys.exit(f"{command[0]} failed:\n{output}")
 
 
 def reached(trace):
