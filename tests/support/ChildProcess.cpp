@@ -10,7 +10,9 @@ namespace testsupport
 namespace
 {
 
-constexpr int StopTimeoutMs = 5000;
+/// A JACK server is of no use for tens of seconds after a client was killed, so a busy process gets
+/// the time that it needs to leave.
+constexpr int StopTimeoutMs = 60000;
 
 } // namespace
 
