@@ -8,6 +8,7 @@
 #include <RtMidi.h>
 
 #include <exception>
+#include <thread>
 #include <vector>
 
 namespace midi
@@ -102,11 +103,27 @@ MidiClients &MidiClients::operator=(MidiClients &&) noexcept = default;
 
 MidiClients::~MidiClients()
 {
-    if (!jack || jack->answers())
+    if (!jack || jack->answers()) {
+        closeOutput();
         return;
+    }
     static_cast<void>(input.release());
     static_cast<void>(output.release());
     static_cast<void>(jack.release());
+}
+
+/// The library, up to 6.0 at least, frees the output's buffer before it ends JACK's thread
+/// that reads from it. That thread leaves the buffer alone from the cycle after the port closed.
+void MidiClients::closeOutput()
+{
+    if (!output)
+        return;
+    try {
+        output->closePort();
+    } catch (const std::exception &closing) {
+        error = closing.what();
+    }
+    std::this_thread::sleep_for(settlingTime);
 }
 
 MidiClients createMidiClients(const ClientNames &names)

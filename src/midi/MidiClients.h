@@ -37,10 +37,13 @@ struct MidiClients
     std::unique_ptr<RtMidiIn> input;
     std::unique_ptr<RtMidiOut> output;
     NameStyle nameStyle = NameStyle::Undecorated;
-    /// What is sent sooner than this after a port was opened may be lost: JACK makes a connection
-    /// effective with one of its next cycles.
+    /// What is sent sooner than this after a port was opened may be lost, and a port may be in use
+    /// for as long after it was closed: JACK goes by cycles.
     std::chrono::milliseconds settlingTime{0};
     std::string error; ///< the library's last error text; may be set although clients exist
+
+private:
+    void closeOutput();
 };
 
 /// Creates the clients with the library's own choice of back end; where that fails, with the first
