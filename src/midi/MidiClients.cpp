@@ -58,6 +58,20 @@ std::unique_ptr<JackService> connectToJack(const ClientNames &names)
     return jack;
 }
 
+/// The library takes a client for made that a busy JACK server turned away, and crashes when a port
+/// is opened with it. When it looks for ports, it tries once more, and complains.
+void requireClient(RtMidi &client)
+{
+    std::string complaint;
+    client.setErrorCallback([](RtMidiError::Type, const std::string &text,
+                               void *user) { *static_cast<std::string *>(user) = text; },
+                            &complaint);
+    client.getPortCount();
+    client.setErrorCallback(nullptr, nullptr);
+    if (!complaint.empty())
+        throw RtMidiError(complaint, RtMidiError::DRIVER_ERROR);
+}
+
 bool create(RtMidi::Api api, const ClientNames &names, MidiClients &clients)
 {
     try {
@@ -70,7 +84,12 @@ bool create(RtMidi::Api api, const ClientNames &names, MidiClients &clients)
         const RtMidi::Api used = input->getCurrentApi();
         if (used == RtMidi::UNIX_JACK && !jack)
             jack = connectToJack(names);
-        clients.output = std::make_unique<RtMidiOut>(used, names.output);
+        auto output = std::make_unique<RtMidiOut>(used, names.output);
+        if (used == RtMidi::UNIX_JACK) {
+            requireClient(*input);
+            requireClient(*output);
+        }
+        clients.output = std::move(output);
         clients.input = std::move(input);
         clients.jack = std::move(jack);
         clients.nameStyle = nameStyle(used);
