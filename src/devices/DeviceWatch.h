@@ -11,9 +11,9 @@
 class ConnectedDeviceListModel;
 
 /// Keeps the device list true while ports come and go. Looks at the names of the ports twice a
-/// second, which costs next to nothing; only ports that are new lead to a scan, and only to one of
-/// the named pair. Begins after the device list's first scan. Declared by the device chooser, GUI
-/// thread only.
+/// second, which costs next to nothing. Only ports that are new, or the loss of the device, lead to
+/// a scan, and only to one of the named pair. Begins after the device list's first scan. Declared
+/// by the device chooser, GUI thread only.
 class DeviceWatch : public QObject
 {
     Q_OBJECT
