@@ -11,8 +11,7 @@ namespace midi
 /// Where the MIDI library delivers what arrives, on a thread of its own: hands messages on at once,
 /// or keeps them until they are taken. The library's callback stays set as long as its input
 /// exists, because the library calls a null function when its callback is taken away while a
-/// message arrives. All functions but receive() belong to the thread of the owner, who outlives the
-/// input.
+/// message arrives. All functions but receive() belong to the owner's thread.
 class MessageInbox
 {
 public:

@@ -126,6 +126,7 @@ MidiClients::~MidiClients()
         closeOutput();
         return;
     }
+    static_cast<void>(new std::shared_ptr<MessageInbox>(std::move(inbox)));
     static_cast<void>(input.release());
     static_cast<void>(output.release());
     static_cast<void>(jack.release());

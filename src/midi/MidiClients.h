@@ -1,6 +1,7 @@
 #pragma once
 
 #include "midi/JackService.h"
+#include "midi/MessageInbox.h"
 #include "midi/PortMatching.h"
 
 #include <chrono>
@@ -34,6 +35,8 @@ struct MidiClients
     ~MidiClients();
 
     std::unique_ptr<JackService> jack; ///< on JACK only
+    /// Where the input delivers, unless whoever set its callback sees to that.
+    std::shared_ptr<MessageInbox> inbox;
     std::unique_ptr<RtMidiIn> input;
     std::unique_ptr<RtMidiOut> output;
     NameStyle nameStyle = NameStyle::Undecorated;

@@ -2,7 +2,8 @@
 
 #include <RtMidi.h>
 
-#include <chrono>
+#include <thread>
+#include <utility>
 
 using namespace std::chrono_literals;
 
@@ -12,23 +13,49 @@ namespace
 {
 
 constexpr auto AttemptInterval = 3s;
+/// A busy service takes a second. This is how long one that does not answer holds up the window.
+constexpr auto Patience = 3s;
 
 } // namespace
 
-MidiService::MidiService(MessageInbox &inbox)
-    : m_inbox(inbox)
-    , m_starting(std::async(std::launch::async, [] { return createMidiClients(); }))
-{}
+MidiService::MidiService(std::shared_ptr<MessageInbox> inbox)
+    : m_inbox(std::move(inbox))
+{
+    m_nextAttempt.setRemainingTime(AttemptInterval);
+    m_nextThoroughAttempt.setRemainingTime(AttemptInterval);
+    begin(createMidiClients);
+}
 
-MidiService::~MidiService() = default;
+MidiService::~MidiService()
+{
+    if (m_starting.valid())
+        m_starting.wait_for(m_patience);
+}
+
+/// The thread is on its own, since one that waits for a service that does not answer could not be
+/// joined.
+void MidiService::begin(Maker maker)
+{
+    std::packaged_task<MidiClients()> task([maker = &maker] { return maker({}); });
+    m_starting = task.get_future();
+    m_patience = Patience;
+    std::thread(std::move(task)).detach();
+}
+
+bool MidiService::isMade()
+{
+    return m_starting.wait_for(std::exchange(m_patience, 0ms)) == std::future_status::ready;
+}
 
 MidiClients &MidiService::clients()
 {
-    if (m_starting.valid()) {
-        use(m_starting.get());
-        m_nextAttempt.setRemainingTime(AttemptInterval);
-        m_nextThoroughAttempt = m_nextAttempt;
+    if (!m_starting.valid())
+        return m_clients;
+    if (!isMade()) {
+        m_clients.error = "the MIDI service does not answer";
+        return m_clients;
     }
+    use(m_starting.get());
     return m_clients;
 }
 
@@ -37,34 +64,37 @@ const MidiClients *MidiService::clientsInUse() const
     return m_starting.valid() ? nullptr : &m_clients;
 }
 
-bool MidiService::refresh()
+void MidiService::refresh()
 {
-    return refreshBy(createClientsOfServer, m_nextAttempt);
+    refreshBy(createClientsOfServer, m_nextAttempt);
 }
 
-bool MidiService::refreshThoroughly()
+void MidiService::refreshThoroughly()
 {
-    return refreshBy(createMidiClients, m_nextThoroughAttempt);
+    refreshBy(createMidiClients, m_nextThoroughAttempt);
 }
 
-bool MidiService::refreshBy(Maker maker, QDeadlineTimer &nextAttempt)
+void MidiService::refreshBy(Maker maker, QDeadlineTimer &nextAttempt)
 {
-    if (clients().jack && clients().jack->isGone()) {
+    const auto &jack = clients().jack;
+    if (jack && jack->isGone()) {
         giveUp();
-        return true;
+        return;
     }
-    if (m_clients.input || isClosing() || !nextAttempt.hasExpired())
-        return false;
+    if (m_clients.input || m_starting.valid() || isClosing() || !nextAttempt.hasExpired())
+        return;
     nextAttempt.setRemainingTime(AttemptInterval);
-    use(maker({}));
-    return m_clients.input != nullptr;
+    begin(maker);
+    static_cast<void>(clients());
 }
 
 void MidiService::use(MidiClients &&clients)
 {
     m_clients = std::move(clients);
-    if (m_clients.input)
-        m_clients.input->setCallback(&MessageInbox::receive, &m_inbox);
+    if (!m_clients.input)
+        return;
+    m_clients.inbox = m_inbox;
+    m_clients.input->setCallback(&MessageInbox::receive, m_inbox.get());
 }
 
 bool MidiService::isClosing() const

@@ -81,7 +81,7 @@ QString toLatin1Text(ByteView bytes)
 
 QtRtMIDI::QtRtMIDI(QObject *parent)
     : QObject(parent)
-    , m_inbox(&QtRtMIDI::receiveCB, this)
+    , m_inbox(std::make_shared<midi::MessageInbox>(&QtRtMIDI::receiveCB, this))
     , m_service(m_inbox)
 {
     qRegisterMetaType<std::vector<uint8_t>>("std::vector<uint8_t>");
@@ -90,7 +90,7 @@ QtRtMIDI::QtRtMIDI(QObject *parent)
 QtRtMIDI::~QtRtMIDI()
 {
     // What still arrives until the input is gone must not call into an object that is half gone.
-    m_inbox.setPushing(false);
+    m_inbox->setPushing(false);
 }
 
 bool QtRtMIDI::init()
@@ -222,7 +222,7 @@ bool QtRtMIDI::portsReady() const
 
 void QtRtMIDI::setCallbackMode(bool enabled)
 {
-    m_inbox.setPushing(enabled);
+    m_inbox->setPushing(enabled);
 }
 
 const char *QtRtMIDI::getErrorMessage()
@@ -252,7 +252,7 @@ void QtRtMIDI::receiveCB(double /*timeStamp*/, std::vector<uint8_t> *message, vo
 bool QtRtMIDI::receiveMessage(std::vector<uint8_t> &message)
 {
     message.clear();
-    return portsReady() && m_inbox.take(message);
+    return portsReady() && m_inbox->take(message);
 }
 
 void QtRtMIDI::flushInput()

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -166,7 +167,7 @@ private:
     [[nodiscard]] std::optional<std::size_t> readBlock(midi::BlockType type);
     [[nodiscard]] std::optional<std::size_t> awaitBlock(midi::BlockType type);
 
-    midi::MessageInbox m_inbox;
+    const std::shared_ptr<midi::MessageInbox> m_inbox;
     midi::MidiService m_service; ///< delivers to the inbox
     SettingsTransfer *m_settingsTransfer = nullptr;
     std::vector<Pair> m_pairs;

@@ -190,6 +190,21 @@ private slots:
         QVERIFY(logSays(ui, " connected\n"));
     }
 
+    void serverDoesNotAnswerAtTheStart()
+    {
+        MidiServer server;
+        QVERIFY(server.isRunning());
+        BoxProcess box(BoxOptions);
+        QVERIFY(box.isReady());
+        server.pause();
+        const WindowFixture ui(OneLongScript);
+        QCOMPARE(chosen(ui), NotConnected);
+        checkThatEditingWorks(ui);
+        server.resume();
+        QVERIFY(isConnected(ui));
+        QVERIFY(logSays(ui, " connected\n"));
+    }
+
     void boxIsUnpluggedAndComesBack()
     {
         MidiServer server;
