@@ -15,6 +15,8 @@ Palette {
     highlight: "royalblue"
     highlightedText: "#FFFFFF"
     placeholderText: "#666666"
+    toolTipBase: "#303030"
+    toolTipText: "#FFFFFF"
 
     disabled {
         button: "#333333"
