@@ -120,10 +120,17 @@ MidiClients::MidiClients() = default;
 MidiClients::MidiClients(MidiClients &&) noexcept = default;
 MidiClients &MidiClients::operator=(MidiClients &&) noexcept = default;
 
+/// What changed before has to be over, as closePorts() says. Then the library, up to 6.0 at least,
+/// frees the output's buffer before it ends JACK's thread that reads from it. That thread leaves
+/// the buffer alone from the cycle after the port closed.
 MidiClients::~MidiClients()
 {
+    if (!input)
+        return;
     if (!jack || jack->answers()) {
-        closeOutput();
+        std::this_thread::sleep_for(settlingTime);
+        closePorts();
+        std::this_thread::sleep_for(settlingTime);
         return;
     }
     static_cast<void>(new std::shared_ptr<MessageInbox>(std::move(inbox)));
@@ -132,18 +139,21 @@ MidiClients::~MidiClients()
     static_cast<void>(jack.release());
 }
 
-/// The library, up to 6.0 at least, frees the output's buffer before it ends JACK's thread
-/// that reads from it. That thread leaves the buffer alone from the cycle after the port closed.
-void MidiClients::closeOutput()
+/// JACK tells a client of each change around it on a thread that walks through the client's ports,
+/// and crashes when one is closed at this moment. So the change that closing the first port makes
+/// has to be over before the second is closed.
+void MidiClients::closePorts() const
 {
-    if (!output)
-        return;
-    try {
-        output->closePort();
-    } catch (const std::exception &closing) {
-        error = closing.what();
-    }
+    const auto close = [](RtMidi &client) {
+        try {
+            client.closePort();
+        } catch (const std::exception &closing) {
+            qCDebug(lcMidi) << "closing a port:" << closing.what();
+        }
+    };
+    close(*input);
     std::this_thread::sleep_for(settlingTime);
+    close(*output);
 }
 
 MidiClients createMidiClients(const ClientNames &names)

@@ -34,6 +34,9 @@ struct MidiClients
     /// left to the system, since closing them would wait for it.
     ~MidiClients();
 
+    /// Closes the ports of both, which exist. Takes the settling time. Does not throw.
+    void closePorts() const;
+
     std::unique_ptr<JackService> jack; ///< on JACK only
     /// Where the input delivers, unless whoever set its callback sees to that.
     std::shared_ptr<MessageInbox> inbox;
@@ -41,12 +44,9 @@ struct MidiClients
     std::unique_ptr<RtMidiOut> output;
     NameStyle nameStyle = NameStyle::Undecorated;
     /// What is sent sooner than this after a port was opened may be lost, and a port may be in use
-    /// for as long after it was closed: JACK goes by cycles.
+    /// for as long after it was closed: JACK goes by cycles. So do its callbacks about a change.
     std::chrono::milliseconds settlingTime{0};
     std::string error; ///< the library's last error text; may be set although clients exist
-
-private:
-    void closeOutput();
 };
 
 /// Creates the clients with the library's own choice of back end; where that fails, with the first

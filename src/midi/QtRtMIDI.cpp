@@ -65,12 +65,6 @@ void openPort(RtMidi &client, unsigned number, const std::string &name)
     client.openPort(number, std::string(midi::OwnPortName));
 }
 
-void closeIfOpen(RtMidi &client)
-{
-    if (client.isPortOpen())
-        client.closePort();
-}
-
 QString toLatin1Text(ByteView bytes)
 {
     return QString::fromLatin1(reinterpret_cast<const char *>(bytes.data()),
@@ -209,8 +203,7 @@ void QtRtMIDI::closePort()
     // with one that does not answer, which would keep the window waiting.
     if (clients->jack && (clients->jack->isGone() || !clients->jack->answers()))
         return;
-    attempt(m_error, [&] { closeIfOpen(*clients->input); });
-    attempt(m_error, [&] { closeIfOpen(*clients->output); });
+    clients->closePorts();
 }
 
 bool QtRtMIDI::portsReady() const
