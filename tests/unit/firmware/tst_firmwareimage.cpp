@@ -1,19 +1,25 @@
 #include "firmware/FirmwareUpdate.h"
+#include "support/Rows.h"
 #include "unit/firmware/ImageBuilder.h"
 
 #include <QSignalSpy>
-#include <QTest>
 
 using namespace firmware;
+using namespace testsupport;
 
 namespace
 {
 
 constexpr std::uint8_t Product = 26;
 
-QByteArray changed(QByteArray bytes, std::size_t offset, char value)
+const QString NoHeader = "Error reading header";
+const QString WrongProduct = "Incorrect file type for this product";
+const QString NoData = "Error reading data";
+const QString WrongCheckValue = "CRC error";
+
+QByteArray changed(QByteArray bytes, std::size_t offset, int value)
 {
-    bytes[static_cast<qsizetype>(offset)] = value;
+    bytes[static_cast<qsizetype>(offset)] = static_cast<char>(value);
     return bytes;
 }
 
@@ -28,6 +34,25 @@ QString load(FirmwareUpdate &updater, const QByteArray &content)
     return loaded ? QString() : errors.first().first().toString();
 }
 
+/// Loads `content` after a good image, and looks at what an image with this error leaves.
+void checkLoading(const QByteArray &content, const QString &error)
+{
+    FirmwareUpdate updater;
+    QCOMPARE(load(updater, image::make(image::payload(8))), QString());
+    const std::uint8_t *const earlier = updater.fileData();
+
+    QCOMPARE(load(updater, content), error);
+    if (error == NoHeader || error == WrongProduct)
+        QCOMPARE(updater.fileData(), earlier);
+    else
+        QCOMPARE(updater.fileData() != nullptr, error.isEmpty());
+
+    const HeaderBytes read = serialiseHeader(updater.fileHeader());
+    const QByteArray header(reinterpret_cast<const char *>(read.data()), read.size());
+    const auto common = qMin(content.size(), header.size());
+    QCOMPARE(header.left(common), content.left(common));
+}
+
 } // namespace
 
 /// Reading and checking an image, through the interface of the updater.
@@ -36,169 +61,101 @@ class TestFirmwareImage : public QObject
     Q_OBJECT
 
 private slots:
-    void compiledInImageLoads();
-    void urlDecidesWhatIsOpened_data();
-    void urlDecidesWhatIsOpened();
-    void damagedImagesAreRefused_data();
-    void damagedImagesAreRefused();
-    void everyTruncationIsRefused();
-    void everySingleBitIsGuarded();
-    void checkValueIsTheSameEverywhere();
-    void drivesAreRepaired();
-    void productNames();
-};
-
-void TestFirmwareImage::compiledInImageLoads()
-{
-    FirmwareUpdate updater;
-    QVERIFY(updater.loadFile("qrc:/firmware/OstrelFW.zvf", Product));
-    QCOMPARE(updater.fileHeader().productID, Product);
-    QVERIFY(updater.fileHeader().dataLength > 0);
-}
-
-void TestFirmwareImage::urlDecidesWhatIsOpened_data()
-{
-    QTest::addColumn<QString>("before");
-    QTest::addColumn<QString>("after");
-    QTest::addColumn<bool>("found");
-
-    QTest::newRow("file URL") << "file://"
-                              << "" << true;
-    QTest::newRow("plain path") << ""
-                                << "" << false;
-    QTest::newRow("other scheme") << "http://localhost"
-                                  << "" << false;
-    QTest::newRow("missing file") << "file://"
-                                  << ".missing" << false;
-    QTest::newRow("resource that is not there") << "qrc:"
-                                                << "" << false;
-}
-
-void TestFirmwareImage::urlDecidesWhatIsOpened()
-{
-    QFETCH(QString, before);
-    QFETCH(QString, after);
-    QFETCH(bool, found);
-
-    const image::File file(image::make(image::payload(16)));
-    FirmwareUpdate updater;
-    QSignalSpy errors(&updater, &FirmwareUpdate::updateError);
-    QCOMPARE(updater.loadFile(before + file.path() + after, Product), found);
-    QCOMPARE(updater.fileData() != nullptr, found);
-    if (!found)
-        QCOMPARE(errors.first().first().toString(), QString("Update file not found"));
-}
-
-void TestFirmwareImage::damagedImagesAreRefused_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("error");
-    QTest::addColumn<bool>("keepsEarlierPayload");
-
-    const QByteArray good = image::make(image::payload(600));
-    const QString wrongProduct = "Incorrect file type for this product";
-    QTest::newRow("untouched") << good << "" << false;
-    QTest::newRow("bytes behind the payload") << good + "tail"
-                                              << "" << false;
-    QTest::newRow("reserved byte set") << changed(good, ReservedOffset, 'x') << "" << false;
-    QTest::newRow("parameter changed") << changed(good, DoneParam1Offset, 'x') << "" << false;
-    QTest::newRow("header cut") << good.left(15) << "Error reading header" << true;
-    QTest::newRow("magic") << changed(good, MagicOffset + 3, 2) << wrongProduct << true;
-    QTest::newRow("product") << changed(good, ProductIdOffset, 25) << wrongProduct << true;
-    QTest::newRow("length one more")
-        << changed(good, DataLengthOffset, char(0x59)) << "Error reading data" << false;
-    QTest::newRow("length of gigabytes")
-        << changed(good, DataLengthOffset + 3, char(0xFF)) << "Error reading data" << false;
-    QTest::newRow("length one less")
-        << changed(good, DataLengthOffset, 0x57) << "CRC error" << false;
-    QTest::newRow("check value") << changed(good, ImageCrcOffset, char(~good[12])) << "CRC error"
-                                 << false;
-    QTest::newRow("payload") << changed(good, HeaderSize + 599, char(~good[615])) << "CRC error"
-                             << false;
-    QTest::newRow("empty payload") << image::make({}) << "" << false;
-    QTest::newRow("empty payload, wrong check value")
-        << changed(image::make({}), ImageCrcOffset, 0) << "CRC error" << false;
-}
-
-void TestFirmwareImage::damagedImagesAreRefused()
-{
-    QFETCH(QByteArray, content);
-    QFETCH(QString, error);
-    QFETCH(bool, keepsEarlierPayload);
-
-    FirmwareUpdate updater;
-    QCOMPARE(load(updater, image::make(image::payload(8))), QString());
-    const std::uint8_t *earlier = updater.fileData();
-
-    QCOMPARE(load(updater, content), error);
-    if (error.isEmpty() || !keepsEarlierPayload)
-        QCOMPARE(updater.fileData() != nullptr, error.isEmpty());
-    else
-        QCOMPARE(updater.fileData(), earlier);
-
-    const HeaderBytes read = serialiseHeader(updater.fileHeader());
-    const QByteArray header(reinterpret_cast<const char *>(read.data()), read.size());
-    const auto common = qMin(content.size(), header.size());
-    QCOMPARE(header.left(common), content.left(common));
-}
-
-void TestFirmwareImage::everyTruncationIsRefused()
-{
-    const QByteArray good = image::make(image::payload(20));
-    FirmwareUpdate updater;
-    for (qsizetype length = 0; length < good.size(); ++length) {
-        const QString expected =
-            length < qsizetype(HeaderSize) ? "Error reading header" : "Error reading data";
-        QCOMPARE(load(updater, good.left(length)), expected);
-        QVERIFY(!updater.fileData());
+    void urlDecidesWhatIsOpened_data()
+    {
+        const Rows<QString, QString, bool> add;
+        add("file URL", "file://", "", true);
+        add("plain path", "", "", false);
+        add("other scheme", "http://localhost", "", false);
+        add("missing file", "file://", ".missing", false);
+        add("resource that is not there", "qrc:", "", false);
     }
-}
 
-void TestFirmwareImage::everySingleBitIsGuarded()
-{
-    const QByteArray good = image::make(image::payload(20));
-    FirmwareUpdate updater;
-    for (qsizetype offset = 0; offset < good.size(); ++offset) {
-        const bool isPassedThrough =
-            offset >= qsizetype(DoneParam1Offset) && offset < qsizetype(DataLengthOffset);
-        for (int bit = 0; bit < 8; ++bit) {
-            const QByteArray damaged =
-                changed(good, std::size_t(offset), char(good[offset] ^ (1 << bit)));
-            QCOMPARE(load(updater, damaged).isEmpty(), isPassedThrough);
-            QCOMPARE(updater.fileData() != nullptr, isPassedThrough);
+    void urlDecidesWhatIsOpened()
+    {
+        const auto [before, after, found] = row<QString, QString, bool>();
+        const image::File file(image::make(image::payload(16)));
+        FirmwareUpdate updater;
+        QSignalSpy errors(&updater, &FirmwareUpdate::updateError);
+        QCOMPARE(updater.loadFile(before + file.path() + after, Product), found);
+        QCOMPARE(updater.fileData() != nullptr, found);
+        if (!found)
+            QCOMPARE(errors.first().first().toString(), QString("Update file not found"));
+    }
+
+    void contentIsChecked_data()
+    {
+        const QByteArray good = image::make(image::payload(600));
+        const QByteArray empty = image::make({});
+        const Rows<QByteArray, QString> add;
+        add("bytes behind the payload", good + "tail", "");
+        add("length one less", changed(good, DataLengthOffset, 0x57), WrongCheckValue);
+        add("second block", changed(good, HeaderSize + 599, ~good[615]), WrongCheckValue);
+        add("empty payload", empty, "");
+        add("empty, wrong check value", changed(empty, ImageCrcOffset, 0), WrongCheckValue);
+    }
+
+    void contentIsChecked()
+    {
+        const auto [content, error] = row<QByteArray, QString>();
+        checkLoading(content, error);
+    }
+
+    void everyTruncationIsRefused()
+    {
+        const QByteArray good = image::make(image::payload(20));
+        for (qsizetype length = 0; length < good.size(); ++length)
+            checkLoading(good.left(length), length < qsizetype(HeaderSize) ? NoHeader : NoData);
+    }
+
+    /// But for the bytes that are passed on as they are.
+    void everySingleBitIsGuarded()
+    {
+        const QByteArray good = image::make(image::payload(20));
+        const auto errorAt = [&](std::size_t offset, int damaged) {
+            if (offset < DoneParam1Offset)
+                return WrongProduct;
+            if (offset < DataLengthOffset)
+                return QString();
+            const bool longer = static_cast<std::uint8_t>(good[qsizetype(offset)]) < damaged;
+            return offset < ImageCrcOffset && longer ? NoData : WrongCheckValue;
+        };
+        for (std::size_t offset = 0; offset < std::size_t(good.size()); ++offset) {
+            for (int bit = 0; bit < 8; ++bit) {
+                const int damaged = static_cast<std::uint8_t>(good[qsizetype(offset)]) ^ (1 << bit);
+                checkLoading(changed(good, offset, damaged), errorAt(offset, damaged));
+            }
         }
     }
-}
 
-void TestFirmwareImage::checkValueIsTheSameEverywhere()
-{
-    std::vector<std::uint8_t> stored = image::payload(1300);
-    const auto length = static_cast<unsigned>(stored.size());
-    QCOMPARE(static_cast<std::uint32_t>(FirmwareUpdate::calcFileCRC(stored.data(), length)),
-             imageCheckValue(stored));
-    QCOMPARE(FirmwareUpdate::calcFileCRC(stored.data(), 0), -1);
-    QCOMPARE(FirmwareUpdate::calcFileCRC(stored.data(), 0x80000000U), -1);
-}
-
-void TestFirmwareImage::drivesAreRepaired()
-{
-    for (const auto &[before, after] :
-         {std::pair("//C/fw/a.zvf", "C:/fw/a.zvf"), std::pair("x//b/c", "xb:/c"),
-          std::pair("/a//b/c//d/e", "/ab:/cd:/e"), std::pair("//server/a.zvf", "//server/a.zvf")}) {
-        QString path = before;
-        QCOMPARE(FirmwareUpdate::fixDumbQtFilenameError(path), QString(after));
-        QCOMPARE(path, QString(after));
+    void checkValueIsTheSameEverywhere()
+    {
+        std::vector<std::uint8_t> stored = image::payload(1300);
+        QCOMPARE(std::uint32_t(FirmwareUpdate::calcFileCRC(stored.data(), 1300)),
+                 imageCheckValue(stored));
+        QCOMPARE(FirmwareUpdate::calcFileCRC(stored.data(), 0x80000000U), -1);
     }
-}
 
-void TestFirmwareImage::productNames()
-{
-    QVERIFY(FirmwareUpdate::isZEVDevice("Ostrel"));
-    QVERIFY(FirmwareUpdate::isZEVDevice("???"));
-    QVERIFY(!FirmwareUpdate::isZEVDevice("ostrel"));
-    QVERIFY(!FirmwareUpdate::isZEVDevice(""));
-    QVERIFY(!FirmwareUpdate::isZEVDevice(nullptr));
-}
+    void drivesAreRepaired()
+    {
+        for (const auto &[before, after] :
+             {std::pair("//C/fw/a.zvf", "C:/fw/a.zvf"), std::pair("x//b/c", "xb:/c"),
+              std::pair("/a//b/c//d/e", "/ab:/cd:/e"),
+              std::pair("//server/a.zvf", "//server/a.zvf")}) {
+            QString path = before;
+            QCOMPARE(FirmwareUpdate::fixDumbQtFilenameError(path), QString(after));
+            QCOMPARE(path, QString(after));
+        }
+    }
+
+    void productNames()
+    {
+        for (const char *name : {"Ostrel", "???"})
+            QVERIFY2(FirmwareUpdate::isZEVDevice(name), name);
+        for (const char *name : {"ostrel", "", static_cast<const char *>(nullptr)})
+            QVERIFY2(!FirmwareUpdate::isZEVDevice(name), name);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestFirmwareImage)
 #include "tst_firmwareimage.moc"

@@ -1,10 +1,14 @@
 #include "firmware/FirmwareUpdate.h"
 #include "midi/UpdateMessages.h"
 #include "support/FakeRtMidi.h"
+#include "support/Rows.h"
 #include "unit/firmware/ImageBuilder.h"
 
 #include <QSignalSpy>
-#include <QTest>
+
+#include <functional>
+
+using namespace testsupport;
 
 namespace
 {
@@ -20,14 +24,22 @@ midi::FirmwareVersion versionFrom(const QString &text)
     return {part(0), part(1), part(2)};
 }
 
+const QString Bootloader = "7.15.127";
+
+struct Box
+{
+    std::size_t payloadLength = 1024; ///< of the image for it
+    QString version = Bootloader;
+};
+
 /// An updater with a real link on scripted ports and a box behind them. What the updater says, by
 /// signals and by messages, is written down in the order in which it happens.
 class Stage
 {
 public:
-    Stage(std::size_t payloadLength, const QString &version)
-        : m_payload(image::payload(payloadLength))
-        , m_boxVersion(versionFrom(version))
+    explicit Stage(const Box &box = {})
+        : m_payload(image::payload(box.payloadLength))
+        , m_boxVersion(versionFrom(box.version))
     {
         FakeRtMidi &world = FakeRtMidi::world();
         world.reset();
@@ -56,36 +68,24 @@ public:
     /// Does what one word of a test row says.
     void play(const QString &step)
     {
-        const QString word = step.section(' ', 0, 0);
         const QString argument = step.section(' ', 1);
-        if (word == "start")
-            updater.startUpdate();
-        else if (word == "tick")
-            updater.timerDone();
-        else if (word == "cancel")
-            updater.cancelUpdate();
-        else if (word == "init")
-            updater.init();
-        else if (word == "ack")
-            answer(midi::updateResponse(SysexId, midi::UpdateAccepted, 0));
-        else if (word == "want")
-            answer(midi::updateResponse(SysexId, 0, argument.toUInt()));
-        else if (word == "foreign")
-            answer(midi::updateResponse(SysexId + 1, midi::UpdateAccepted, 0));
-        else if (word == "short")
-            answer(midi::updateRequest(SysexId));
-        else if (word == "box")
-            m_boxVersion = versionFrom(argument);
-        else if (word == "plug")
-            plug(true);
-        else if (word == "unplug")
-            plug(false);
-        else if (word == "sending")
-            FakeRtMidi::world().sendFails = argument == "fails";
-        else if (word == "refused")
-            loadRefused(argument.toUInt());
-        else
-            QFAIL(qPrintable("unknown step " + step));
+        const QHash<QString, std::function<void()>> acts{
+            {"start", [&] { updater.startUpdate(); }},
+            {"tick", [&] { updater.timerDone(); }},
+            {"cancel", [&] { updater.cancelUpdate(); }},
+            {"init", [&] { updater.init(); }},
+            {"ack", [&] { answer(midi::updateResponse(SysexId, midi::UpdateAccepted, 0)); }},
+            {"want", [&] { answer(midi::updateResponse(SysexId, 0, argument.toUInt())); }},
+            {"foreign", [] { answer(midi::updateResponse(SysexId + 1, midi::UpdateAccepted, 0)); }},
+            {"short", [] { answer(midi::updateRequest(SysexId)); }},
+            {"box", [&] { m_boxVersion = versionFrom(argument); }},
+            {"plug", [] { plug(true); }},
+            {"unplug", [] { plug(false); }},
+            {"sending", [&] { FakeRtMidi::world().sendFails = argument == "fails"; }},
+            {"refused", [&] { loadRefused(argument.toUInt()); }}};
+        const auto act = acts.value(step.section(' ', 0, 0));
+        QVERIFY2(act, qPrintable("unknown step " + step));
+        act();
     }
 
     /// Interval of the running timer, 0 when it is stopped.
@@ -175,27 +175,27 @@ private:
 
 using State = FirmwareUpdate::State;
 
-const QString Bootloader = "7.15.127";
 const QString Waiting = "status Waiting for device to be ready";
-const QString Entering = "status Entering bootloader";
 const QString InProgress = "status Update in progress";
-const QString Complete = "status Update complete";
 
 /// What starting an update says to a box in its bootloader, whose first block is full.
-const QStringList Began{"progress 0", Waiting, "block 0+512"};
+const QString Began = "progress 0, " + Waiting + ", block 0+512";
 /// What it says to a running box.
-const QStringList Asked{"progress 0", "request", Entering};
-const QStringList Finished{"done", "progress 2", "completed", Complete};
-const QStringList TimedOut{"cancel", "error Update timed out"};
+const QString Asked = "progress 0, request, status Entering bootloader";
+const QString Again = "progress 0, block 0+512";
+const QString Second = "progress 0.5, block 512+512, " + InProgress;
+const QString Finished = "done, progress 2, completed, status Update complete";
+const QString TimedOut = "cancel, error Update timed out";
+const QString BadPosition = "cancel, error Bad update position request.";
+const QString NotSent = "error Error sending data";
 
-QStringList words(const char *text)
+/// One after the other, as rows write them and failures show them.
+QString joined(const QStringList &words)
 {
-    return QString(text).split(", ");
+    return words.join(", ");
 }
 
 } // namespace
-
-Q_DECLARE_METATYPE(FirmwareUpdate::State)
 
 /// The procedure, with a box and a clock that the test plays.
 class TestFirmwareUpdate : public QObject
@@ -203,275 +203,204 @@ class TestFirmwareUpdate : public QObject
     Q_OBJECT
 
 private slots:
-    void versionsThatNeedAnUpdate_data();
-    void versionsThatNeedAnUpdate();
-    void procedure_data();
-    void procedure();
-    void otherDevicesAreLeftAlone();
-    void imageForAnotherProductDoesNotStart();
-    void vanishedObjectsEndInErrors();
-    void cancellingFromASignalSendsNoFurtherBlock();
-    void linkIsReplacedWithoutSignal();
-    void transferIsMeasured();
-};
-
-void TestFirmwareUpdate::versionsThatNeedAnUpdate_data()
-{
-    QTest::addColumn<bool>("needed");
-    for (const char *version : {"0.9.9", "1.0.9", "1.1.0", "7.15.127"})
-        QTest::newRow(version) << true;
-    for (const char *version : {"1.1.1", "1.2.0", "2.0.0", "7.15.126"})
-        QTest::newRow(version) << false;
-}
-
-void TestFirmwareUpdate::versionsThatNeedAnUpdate()
-{
-    QFETCH(bool, needed);
-    Stage stage(8, QTest::currentDataTag());
-    QCOMPARE(stage.updater.deviceNeedsUpdate(), needed);
-    const bool isOwnImage = stage.updater.fileHeader().dataLength != 8;
-    QCOMPARE(isOwnImage, needed); // the carried image is loaded only where it is needed
-    QCOMPARE(stage.said, QStringList());
-}
-
-void TestFirmwareUpdate::procedure_data()
-{
-    QTest::addColumn<int>("payloadLength");
-    QTest::addColumn<QString>("version");
-    QTest::addColumn<QStringList>("steps");
-    QTest::addColumn<QStringList>("said");
-    QTest::addColumn<State>("state");
-    QTest::addColumn<int>("timerMs");
-
-    const QString old = "1.1.0";
-    const QStringList second{"progress 0.5", "block 512+512", InProgress};
-
-    QTest::newRow("box in its bootloader") << 1024 << Bootloader << words("start, ack, ack")
-                                           << Began + second + Finished << State::Finishing << 5000;
-    QTest::newRow("version is read again at the end, later ticks do nothing")
-        << 8 << Bootloader << words("start, ack, box 1.1.1, tick, tick")
-        << QStringList{"progress 0", Waiting, "block 0+8"} + Finished + QStringList{"identify"}
-        << State::Idle << 5000;
-    QTest::newRow("running box restarts into its bootloader")
-        << 1024 << old << words("start, box 7.15.127, tick")
-        << Asked + QStringList{"identify", Waiting, "block 0+512"} << State::Updating << 20000;
-    QTest::newRow("bootloader seen at the second check")
-        << 1024 << old << words("start, tick, box 7.15.127, tick")
-        << Asked + QStringList{"identify", "identify", Waiting, "block 0+512"} << State::Updating
-        << 20000;
-    QTest::newRow("one check leaves another one")
-        << 1024 << old << words("start, tick") << Asked + QStringList{"identify"}
-        << State::EnteringBootloader << 5000;
-    QTest::newRow("bootloader never seen ends in silence")
-        << 1024 << old << words("start, unplug, tick, tick") << Asked << State::Finishing << 5000;
-
-    QTest::newRow("last block is shorter")
-        << 700 << Bootloader << words("start, ack, ack")
-        << Began + QStringList{"progress 0.731429", "block 512+188", InProgress} + Finished
-        << State::Finishing << 5000;
-    QTest::newRow("no payload at all")
-        << 0 << Bootloader << words("start, ack")
-        << QStringList{"progress 0", Waiting, "block 0+0"} + Finished << State::Finishing << 5000;
-
-    QTest::newRow("box wants to start again")
-        << 1024 << Bootloader << words("start, ack, want 0")
-        << Began + second + QStringList{"progress 0", "block 0+512"} << State::Updating << 20000;
-    QTest::newRow("box wants a position within a block")
-        << 1024 << Bootloader << words("start, want 896")
-        << Began + QStringList{"progress 0.875", "block 896+128"} << State::Updating << 20000;
-    QTest::newRow("position at the end")
-        << 1024 << Bootloader << words("start, want 1024")
-        << Began + QStringList{"cancel", "error Bad update position request."} << State::Updating
-        << 0;
-    QTest::newRow("position far beyond the end, then a good one")
-        << 1024 << Bootloader << words("start, want 268435455, want 512")
-        << Began + QStringList{"cancel", "error Bad update position request.", "progress 0.5",
-                               "block 512+512"}
-        << State::Updating << 20000;
-    QTest::newRow("tenth request, acknowledgements in between")
-        << 1024 << Bootloader
-        << words("start, want 0, want 0, ack, want 0, want 0, want 0, want 0, want 0, want 0, "
-                 "want 0, want 0")
-        << Began + QStringList{"progress 0", "block 0+512", "progress 0", "block 0+512"} + second +
-               QStringList(
-                   QString("progress 0, block 0+512, ").repeated(7).chopped(2).split(", ")) +
-               QStringList{"cancel", "error Update timed out."}
-        << State::Updating << 0;
-    QTest::newRow("requests are counted per transfer")
-        << 1024 << Bootloader
-        << words("start, want 0, want 0, want 0, want 0, want 0, cancel, init, start, want 0, "
-                 "want 0, want 0, want 0, want 0")
-        << Began + QString("progress 0, block 0+512, ").repeated(5).chopped(2).split(", ") +
-               QStringList{"cancel"} + Began +
-               QString("progress 0, block 0+512, ").repeated(5).chopped(2).split(", ")
-        << State::Updating << 20000;
-
-    QTest::newRow("no answer to a block") << 1024 << Bootloader << words("start, tick")
-                                          << Began + TimedOut << State::Finishing << 5000;
-    QTest::newRow("answer after the time was over")
-        << 1024 << Bootloader << words("start, tick, ack, want 0") << Began + TimedOut
-        << State::Finishing << 5000;
-    QTest::newRow("first block cannot be sent, a tick of the last update still running")
-        << 1024 << Bootloader << words("start, cancel, tick, sending fails, start")
-        << Began +
-               QStringList{"cancel", "identify", "progress 0", Waiting, "error Error sending data"}
-        << State::Updating << 0;
-    QTest::newRow("later block cannot be sent")
-        << 1024 << Bootloader << words("start, sending fails, ack")
-        << Began + QStringList{"progress 0.5", "error Error sending data", InProgress}
-        << State::Updating << 0;
-    QTest::newRow("second update after one that could not be sent")
-        << 512 << Bootloader
-        << words("sending fails, start, sending works, cancel, tick, start, ack")
-        << QStringList{"progress 0", Waiting, "error Error sending data", "cancel", "identify"} +
-               Began + Finished
-        << State::Finishing << 5000;
-
-    QTest::newRow("cancel while idle")
-        << 1024 << old << words("cancel") << QStringList() << State::Idle << 0;
-    QTest::newRow("cancel while the box restarts")
-        << 1024 << old << words("start, cancel") << Asked + QStringList{"cancel"}
-        << State::Finishing << 5000;
-    QTest::newRow("cancel within the transfer, version is read again")
-        << 1024 << Bootloader << words("start, ack, cancel, tick")
-        << Began + second + QStringList{"cancel", "identify"} << State::Idle << 5000;
-    QTest::newRow("cancel at the end changes nothing")
-        << 512 << Bootloader << words("start, ack, cancel") << Began + Finished << State::Finishing
-        << 5000;
-    QTest::newRow("box gone at the end") << 512 << Bootloader << words("start, ack, unplug, tick")
-                                         << Began + Finished << State::Idle << 5000;
-    QTest::newRow("init ends a transfer without a word, the timer goes on")
-        << 1024 << Bootloader << words("start, init, ack, tick") << Began << State::Idle << 20000;
-
-    QTest::newRow("answers while idle")
-        << 1024 << Bootloader << words("ack, want 0") << QStringList() << State::Idle << 0;
-    QTest::newRow("answers while the box restarts")
-        << 1024 << old << words("start, ack, want 0") << Asked << State::EnteringBootloader << 5000;
-    QTest::newRow("answers for another box, and other messages")
-        << 1024 << Bootloader << words("start, foreign, short") << Began << State::Updating
-        << 20000;
-    QTest::newRow("start within an update")
-        << 1024 << Bootloader << words("start, start") << Began << State::Updating << 20000;
-    QTest::newRow("start at the end of one") << 512 << Bootloader << words("start, ack, start")
-                                             << Began + Finished << State::Finishing << 5000;
-    QTest::newRow("header of a refused file promises more than the earlier payload has")
-        << 1024 << Bootloader << words("refused 2048, start, ack, ack")
-        << QStringList{"error Incorrect file type for this product"} + Began +
-               QStringList{"progress 0.25",
-                           "block 512+512",
-                           InProgress,
-                           "progress 0.5",
-                           "error Error sending data",
-                           InProgress}
-        << State::Updating << 0;
-}
-
-void TestFirmwareUpdate::procedure()
-{
-    QFETCH(int, payloadLength);
-    QFETCH(QString, version);
-    QFETCH(QStringList, steps);
-    QFETCH(QStringList, said);
-    QFETCH(State, state);
-    QFETCH(int, timerMs);
-
-    Stage stage(static_cast<std::size_t>(payloadLength), version);
-    for (const QString &step : steps)
-        stage.play(step);
-    QCOMPARE(stage.said, said);
-    QCOMPARE(stage.updater.updateState(), state);
-    QCOMPARE(stage.timerMs(), timerMs);
-    QCOMPARE(stage.updater.transferActive(),
-             state == State::EnteringBootloader || state == State::Updating);
-    QCOMPARE(stage.saidActive, stage.updater.transferActive());
-}
-
-void TestFirmwareUpdate::otherDevicesAreLeftAlone()
-{
-    Stage stage(8, Bootloader);
-    MidiDevice otherProduct(Product + 1, SysexId);
-    MidiDevice withoutId(Product, 0xFF);
-    for (MidiDevice *device : {&otherProduct, &withoutId, static_cast<MidiDevice *>(nullptr)}) {
-        stage.updater.setMIDIDevice(device);
-        QCOMPARE(stage.updater.midiDevice(), device);
-        QVERIFY(!stage.updater.deviceNeedsUpdate());
+    void versionsThatNeedAnUpdate()
+    {
+        const std::pair<const char *, bool> versions[] = {
+            {"0.9.9", true},  {"1.0.9", true},  {"1.1.0", true},  {"7.15.127", true},
+            {"1.1.1", false}, {"1.2.0", false}, {"2.0.0", false}, {"7.15.126", false}};
+        for (const auto &[version, needed] : versions) {
+            Stage stage({8, version});
+            QVERIFY2(stage.updater.deviceNeedsUpdate() == needed, version);
+            // The carried image is loaded only where it is needed.
+            QVERIFY2((stage.updater.fileHeader().dataLength != 8) == needed, version);
+            QCOMPARE(stage.said, QStringList());
+        }
     }
-    QCOMPARE(stage.said, QStringList());
-}
 
-void TestFirmwareUpdate::imageForAnotherProductDoesNotStart()
-{
-    Stage stage(8, Bootloader);
-    QVERIFY(stage.updater.checkReadyForUpdate());
-    MidiDevice other(Product + 1, SysexId);
-    stage.updater.setMIDIDevice(&other);
-    QVERIFY(!stage.updater.checkReadyForUpdate());
-    stage.updater.startUpdate();
+    void procedure_data()
+    {
+        const Box box{1024, Bootloader};
+        const Box oneBlock{512, Bootloader};
+        const Box running{1024, "1.1.0"};
+        const Rows<Box, QString, QStringList, State, int> add;
 
-    FirmwareUpdate withoutImage;
-    withoutImage.setMIDIDevice(stage.device.get());
-    withoutImage.startUpdate();
-    QCOMPARE(withoutImage.updateState(), State::Idle);
-    QCOMPARE(stage.said, QStringList());
-}
+        add("box in its bootloader", box, "start, ack, ack", {Began, Second, Finished},
+            State::Finishing, 5000);
+        add("version is read again at the end, later ticks do nothing", {8, Bootloader},
+            "start, ack, box 1.1.1, tick, tick",
+            {"progress 0", Waiting, "block 0+8", Finished, "identify"}, State::Idle, 5000);
+        add("running box restarts into its bootloader", running, "start, box 7.15.127, tick",
+            {Asked, "identify", Waiting, "block 0+512"}, State::Updating, 20000);
+        add("bootloader seen at the second check", running, "start, tick, box 7.15.127, tick",
+            {Asked, "identify, identify", Waiting, "block 0+512"}, State::Updating, 20000);
+        add("one check leaves another one", running, "start, tick", {Asked, "identify"},
+            State::EnteringBootloader, 5000);
+        add("bootloader never seen ends in silence", running, "start, unplug, tick, tick", {Asked},
+            State::Finishing, 5000);
+        add("last block is shorter", {700, Bootloader}, "start, ack, ack",
+            {Began, "progress 0.731429, block 512+188", InProgress, Finished}, State::Finishing,
+            5000);
+        add("no payload at all", {0, Bootloader}, "start, ack",
+            {"progress 0", Waiting, "block 0+0", Finished}, State::Finishing, 5000);
 
-void TestFirmwareUpdate::vanishedObjectsEndInErrors()
-{
-    Stage stage(1024, Bootloader);
-    stage.play("start");
-    stage.link.reset();
-    QCOMPARE(stage.updater.midiObj(), nullptr);
-    stage.device.reset();
-    stage.play("tick");
-    stage.play("tick");
-    QCOMPARE(stage.said, Began + QStringList{"error Update timed out"});
-    QCOMPARE(stage.updater.updateState(), State::Idle);
-}
+        add("box wants to start again", box, "start, ack, want 0", {Began, Second, Again},
+            State::Updating, 20000);
+        add("box wants a position within a block", box, "start, want 896",
+            {Began, "progress 0.875, block 896+128"}, State::Updating, 20000);
+        add("position at the end", box, "start, want 1024", {Began, BadPosition}, State::Updating,
+            0);
+        add("position far beyond the end, then a good one", box, "start, want 268435455, want 512",
+            {Began, BadPosition, "progress 0.5, block 512+512"}, State::Updating, 20000);
+        const QString five = QString(", want 0").repeated(5);
+        const QStringList fiveTimes(5, Again);
+        add("tenth request, acknowledgements in between", box, "start" + five + ", ack" + five,
+            QStringList(Began) + fiveTimes + QStringList(Second) + fiveTimes.mid(1) +
+                QStringList("cancel, error Update timed out."),
+            State::Updating, 0);
+        add("requests are counted per transfer", box,
+            "start" + five + ", cancel, init, start" + five,
+            QStringList(Began) + fiveTimes + QStringList{"cancel", Began} + fiveTimes,
+            State::Updating, 20000);
 
-void TestFirmwareUpdate::cancellingFromASignalSendsNoFurtherBlock()
-{
-    Stage stage(1024, Bootloader);
-    connect(&stage.updater, &FirmwareUpdate::progressChanged, &stage.updater, [&](float progress) {
-        if (progress > 0)
-            stage.updater.cancelUpdate();
-    });
-    stage.play("start");
-    stage.play("ack");
-    QCOMPARE(stage.said, Began + QStringList({"progress 0.5", "cancel", InProgress}));
-    QCOMPARE(stage.updater.updateState(), State::Finishing);
-    QCOMPARE(stage.timerMs(), 5000);
-}
+        add("no answer to a block", box, "start, tick", {Began, TimedOut}, State::Finishing, 5000);
+        add("answer after the time was over", box, "start, tick, ack, want 0", {Began, TimedOut},
+            State::Finishing, 5000);
+        add("first block cannot be sent, a tick of the last update still running", box,
+            "start, cancel, tick, sending fails, start",
+            {Began, "cancel, identify, progress 0", Waiting, NotSent}, State::Updating, 0);
+        add("later block cannot be sent", box, "start, sending fails, ack",
+            {Began, "progress 0.5", NotSent, InProgress}, State::Updating, 0);
+        add("second update after one that could not be sent", oneBlock,
+            "sending fails, start, sending works, cancel, tick, start, ack",
+            {"progress 0", Waiting, NotSent, "cancel, identify", Began, Finished}, State::Finishing,
+            5000);
 
-void TestFirmwareUpdate::linkIsReplacedWithoutSignal()
-{
-    Stage stage(1024, Bootloader);
-    QSignalSpy changes(&stage.updater, &FirmwareUpdate::midiObjChanged);
-    stage.play("start");
-    stage.updater.setMidiObj(nullptr);
-    stage.play("ack");
-    QCOMPARE(stage.said, Began);
-    stage.updater.setMidiObj(stage.link.get());
-    stage.updater.setMidiObj(stage.link.get());
-    stage.play("want 512"); // arrives once, although the link was set twice
-    QCOMPARE(stage.said, Began + QStringList({"progress 0.5", "block 512+512"}));
-    QCOMPARE(changes.size(), 0);
-}
+        add("cancel while the box restarts", running, "start, cancel", {Asked, "cancel"},
+            State::Finishing, 5000);
+        add("cancel within the transfer, version is read again", box, "start, ack, cancel, tick",
+            {Began, Second, "cancel, identify"}, State::Idle, 5000);
+        add("cancel at the end changes nothing", oneBlock, "start, ack, cancel", {Began, Finished},
+            State::Finishing, 5000);
+        add("box gone at the end", oneBlock, "start, ack, unplug, tick", {Began, Finished},
+            State::Idle, 5000);
+        add("init ends a transfer without a word, the timer goes on", box, "start, init, ack, tick",
+            {Began}, State::Idle, 20000);
 
-void TestFirmwareUpdate::transferIsMeasured()
-{
-    Stage stage(1024, Bootloader);
-    QSignalSpy changes(&stage.updater, &FirmwareUpdate::transferChanged);
-    stage.play("start");
-    QCOMPARE(stage.updater.bytesTotal(), 1024);
-    QCOMPARE(stage.updater.bytesSent(), 0);
-    QCOMPARE(stage.updater.secondsLeft(), -1);
-    stage.play("ack");
-    QCOMPARE(stage.updater.bytesSent(), 512);
-    stage.play("ack");
-    QCOMPARE(stage.updater.bytesSent(), 1024);
-    QCOMPARE(stage.updater.secondsLeft(), -1);
-    QCOMPARE(changes.size(), 3);
-}
+        add("cancel and answers while idle", box, "cancel, ack, want 0", {}, State::Idle, 0);
+        add("answers while the box restarts", running, "start, ack, want 0", {Asked},
+            State::EnteringBootloader, 5000);
+        add("answers for another box, and other messages", box, "start, foreign, short", {Began},
+            State::Updating, 20000);
+        add("start within an update", box, "start, start", {Began}, State::Updating, 20000);
+        add("start at the end of one", oneBlock, "start, ack, start", {Began, Finished},
+            State::Finishing, 5000);
+        add("header of a refused file promises more than the earlier payload has", box,
+            "refused 2048, start, ack, ack",
+            {"error Incorrect file type for this product", Began, "progress 0.25, block 512+512",
+             InProgress, "progress 0.5", NotSent, InProgress},
+            State::Updating, 0);
+    }
+
+    void procedure()
+    {
+        const auto [box, steps, said, state, timerMs] =
+            row<Box, QString, QStringList, State, int>();
+        Stage stage(box);
+        for (const QString &step : steps.split(", "))
+            stage.play(step);
+        QCOMPARE(joined(stage.said), joined(said));
+        QCOMPARE(stage.updater.updateState(), state);
+        QCOMPARE(stage.timerMs(), timerMs);
+        QCOMPARE(stage.updater.transferActive(),
+                 state == State::EnteringBootloader || state == State::Updating);
+        QCOMPARE(stage.saidActive, stage.updater.transferActive());
+    }
+
+    void otherDevicesAreLeftAlone()
+    {
+        Stage stage;
+        MidiDevice otherProduct(Product + 1, SysexId);
+        MidiDevice withoutId(Product, 0xFF);
+        for (MidiDevice *device : {&otherProduct, &withoutId, static_cast<MidiDevice *>(nullptr)}) {
+            stage.updater.setMIDIDevice(device);
+            QVERIFY(!stage.updater.deviceNeedsUpdate());
+        }
+        QCOMPARE(stage.said, QStringList());
+    }
+
+    void imageForAnotherProductDoesNotStart()
+    {
+        Stage stage;
+        QVERIFY(stage.updater.checkReadyForUpdate());
+        MidiDevice other(Product + 1, SysexId);
+        stage.updater.setMIDIDevice(&other);
+        QVERIFY(!stage.updater.checkReadyForUpdate());
+        stage.play("start");
+
+        FirmwareUpdate withoutImage;
+        withoutImage.setMIDIDevice(stage.device.get());
+        withoutImage.startUpdate();
+        QCOMPARE(withoutImage.updateState(), State::Idle);
+        QCOMPARE(stage.said, QStringList());
+    }
+
+    void vanishedObjectsEndInErrors()
+    {
+        Stage stage;
+        stage.play("start");
+        stage.link.reset();
+        QCOMPARE(stage.updater.midiObj(), nullptr);
+        stage.device.reset();
+        stage.play("tick");
+        stage.play("tick");
+        QCOMPARE(joined(stage.said), Began + ", error Update timed out");
+        QCOMPARE(stage.updater.updateState(), State::Idle);
+    }
+
+    void cancellingFromASignalSendsNoFurtherBlock()
+    {
+        Stage stage;
+        connect(&stage.updater, &FirmwareUpdate::progressChanged, &stage.updater,
+                [&](float progress) {
+                    if (progress > 0)
+                        stage.updater.cancelUpdate();
+                });
+        stage.play("start");
+        stage.play("ack");
+        QCOMPARE(joined(stage.said), joined({Began, "progress 0.5, cancel", InProgress}));
+        QCOMPARE(stage.updater.updateState(), State::Finishing);
+        QCOMPARE(stage.timerMs(), 5000);
+    }
+
+    void linkIsReplacedWithoutSignal()
+    {
+        Stage stage;
+        QSignalSpy changes(&stage.updater, &FirmwareUpdate::midiObjChanged);
+        stage.play("start");
+        stage.updater.setMidiObj(nullptr);
+        stage.play("ack");
+        QCOMPARE(joined(stage.said), Began);
+        stage.updater.setMidiObj(stage.link.get());
+        stage.updater.setMidiObj(stage.link.get());
+        stage.play("want 512"); // arrives once, although the link was set twice
+        QCOMPARE(joined(stage.said), Began + ", progress 0.5, block 512+512");
+        QCOMPARE(changes.size(), 0);
+    }
+
+    void transferIsMeasured()
+    {
+        Stage stage;
+        QSignalSpy changes(&stage.updater, &FirmwareUpdate::transferChanged);
+        stage.play("start");
+        QCOMPARE(stage.updater.bytesTotal(), 1024);
+        for (const int sent : {0, 512, 1024}) {
+            QCOMPARE(stage.updater.bytesSent(), sent);
+            QCOMPARE(stage.updater.secondsLeft(), -1);
+            stage.play("ack");
+        }
+        QCOMPARE(changes.size(), 3);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestFirmwareUpdate)
 #include "tst_firmwareupdate.moc"
