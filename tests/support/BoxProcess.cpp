@@ -35,40 +35,38 @@ void BoxProcess::send(const QString &command)
     m_process.write(command.toUtf8() + '\n');
 }
 
-bool BoxProcess::waitForLine(const QRegularExpression &pattern, int timeoutMs)
+bool BoxProcess::obeys(const QString &command, const QString &line)
 {
-    bool found = findLine(pattern);
-    if (found)
-        return true;
-    const bool ended = !QTest::qWaitFor(
-        [&] {
-            found = findLine(pattern);
-            return found || m_process.state() == QProcess::NotRunning;
-        },
-        timeoutMs);
-    // What a process wrote last may arrive together with the news of its end.
-    return found || (!ended && findLine(pattern));
+    send(command);
+    return waitForLine(line);
 }
 
 bool BoxProcess::waitForLine(const QString &pattern, int timeoutMs)
 {
-    return waitForLine(QRegularExpression(pattern), timeoutMs);
+    const QRegularExpression wanted(pattern);
+    bool found = findLine(wanted);
+    if (found)
+        return true;
+    const bool ended = !QTest::qWaitFor(
+        [&] {
+            found = findLine(wanted);
+            return found || m_process.state() == QProcess::NotRunning;
+        },
+        timeoutMs);
+    // What a process wrote last may arrive together with the news of its end.
+    return found || (!ended && findLine(wanted));
 }
 
 void BoxProcess::readLines()
 {
-    m_unfinished += m_process.readAllStandardOutput();
-    for (qsizetype end = m_unfinished.indexOf('\n'); end >= 0; end = m_unfinished.indexOf('\n')) {
-        m_lines.append(QString::fromUtf8(m_unfinished.first(end)));
-        m_unfinished.remove(0, end + 1);
-    }
+    while (m_process.canReadLine())
+        m_lines.append(QString::fromUtf8(m_process.readLine()).chopped(1));
 }
 
 bool BoxProcess::findLine(const QRegularExpression &pattern)
 {
     for (qsizetype i = m_next; i < m_lines.size(); ++i) {
-        m_match = pattern.match(m_lines[i]);
-        if (m_match.hasMatch()) {
+        if (m_lines[i].contains(pattern)) {
             m_next = i + 1;
             return true;
         }

@@ -17,21 +17,19 @@ public:
     /// tells whether it worked.
     explicit BoxProcess(const QStringList &arguments = {});
     ~BoxProcess();
-    BoxProcess(const BoxProcess &) = delete;
-    BoxProcess &operator=(const BoxProcess &) = delete;
+    Q_DISABLE_COPY_MOVE(BoxProcess)
 
     [[nodiscard]] bool isReady() const { return m_ready; }
 
     /// Types one command, such as "print Hello".
     void send(const QString &command);
 
+    /// Types one command and waits, as below, for the line that it is done.
+    [[nodiscard]] bool obeys(const QString &command, const QString &line);
+
     /// Waits for a line in which `pattern` is found, looking only behind the line of the last
     /// success, while the event loop runs. False when none came in time.
-    [[nodiscard]] bool waitForLine(const QRegularExpression &pattern,
-                                   int timeoutMs = DefaultTimeoutMs);
     [[nodiscard]] bool waitForLine(const QString &pattern, int timeoutMs = DefaultTimeoutMs);
-    /// The line of the last success, with what the pattern captured.
-    [[nodiscard]] const QRegularExpressionMatch &match() const { return m_match; }
 
     /// All lines so far, for counting and for the message of a failed test.
     [[nodiscard]] const QStringList &lines() const { return m_lines; }
@@ -44,10 +42,8 @@ private:
     [[nodiscard]] bool findLine(const QRegularExpression &pattern);
 
     QProcess m_process;
-    QByteArray m_unfinished;
     QStringList m_lines;
     qsizetype m_next = 0; ///< the first line that waitForLine() looks at
-    QRegularExpressionMatch m_match;
     bool m_ready = false;
 };
 

@@ -14,6 +14,14 @@ std::unique_ptr<QTcpServer> tlsServer(const QSslConfiguration &tls)
     return server;
 }
 
+QByteArray response(const QByteArray &status, const QByteArray &body,
+                    const QByteArray &headers = {})
+{
+    return "HTTP/1.1 " + status +
+           "\r\nConnection: close\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n" +
+           headers + "\r\n" + body;
+}
+
 } // namespace
 
 HttpServer::HttpServer()
@@ -49,12 +57,22 @@ QString HttpServer::url(const QString &path) const
         .arg(path);
 }
 
-QByteArray HttpServer::response(const QByteArray &status, const QByteArray &body,
-                                const QByteArray &headers)
+HttpServer::Answer HttpServer::always(const QByteArray &response)
 {
-    return "HTTP/1.1 " + status +
-           "\r\nConnection: close\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n" +
-           headers + "\r\n" + body;
+    return [response](QTcpSocket *socket) {
+        socket->write(response);
+        socket->disconnectFromHost();
+    };
+}
+
+HttpServer::Answer HttpServer::ok(const QByteArray &body, const QByteArray &headers)
+{
+    return always(response("200 OK", body, headers));
+}
+
+HttpServer::Answer HttpServer::redirection(const QByteArray &to)
+{
+    return always(response("302 Found", {}, "Location: " + to + "\r\n"));
 }
 
 void HttpServer::serve(QTcpSocket *socket)
@@ -63,12 +81,7 @@ void HttpServer::serve(QTcpSocket *socket)
     if (!socket->peek(socket->bytesAvailable()).endsWith("\r\n\r\n"))
         return;
     const QByteArray path = socket->readAll().split(' ').value(1);
-    const Answer answer = m_answers.value(path);
+    const Answer answer = m_answers.value(path, always(response("404 Not Found", "nothing here")));
     m_served = true;
-    if (answer) {
-        answer(socket);
-        return;
-    }
-    socket->write(response("404 Not Found", "nothing here"));
-    socket->disconnectFromHost();
+    answer(socket);
 }

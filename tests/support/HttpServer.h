@@ -31,9 +31,12 @@ public:
     [[nodiscard]] bool hasServed() const { return m_served; }
     [[nodiscard]] bool isIdle() const { return m_open == 0; }
 
-    /// A whole response that closes the connection. `headers` are lines with CR-LF.
-    [[nodiscard]] static QByteArray response(const QByteArray &status, const QByteArray &body,
-                                             const QByteArray &headers = {});
+    // Answers that are the same each time, and close the connection.
+
+    [[nodiscard]] static Answer always(const QByteArray &response);
+    /// `headers` are lines with CR-LF.
+    [[nodiscard]] static Answer ok(const QByteArray &body, const QByteArray &headers = {});
+    [[nodiscard]] static Answer redirection(const QByteArray &to);
 
 private:
     HttpServer(std::unique_ptr<QTcpServer> server, QString scheme);

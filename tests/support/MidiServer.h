@@ -20,8 +20,7 @@ public:
     MidiServer();
     /// Ends the server by its process id and restores the environment.
     ~MidiServer();
-    MidiServer(const MidiServer &) = delete;
-    MidiServer &operator=(const MidiServer &) = delete;
+    Q_DISABLE_COPY_MOVE(MidiServer)
 
     [[nodiscard]] bool isRunning() const { return m_running; }
     /// What the server wrote, for the message of a failed test.

@@ -13,8 +13,7 @@ public:
     /// worked.
     VirtualDisplay();
     ~VirtualDisplay();
-    VirtualDisplay(const VirtualDisplay &) = delete;
-    VirtualDisplay &operator=(const VirtualDisplay &) = delete;
+    Q_DISABLE_COPY_MOVE(VirtualDisplay)
 
     [[nodiscard]] bool isRunning() const { return !m_name.isEmpty(); }
     /// For the environment variable DISPLAY.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/BoxProcess.h"
 #include "ui/WindowFixture.h"
 
 #include <QTest>
@@ -54,5 +55,34 @@ inline bool connectTo(const WindowFixture &ui, const QString &menuName)
     const bool atOnce = QTest::qWaitFor([&] { return chosen(ui) == menuName; }, 2000);
     return atOnce || (scanFor(ui, menuName) && (chosen(ui) == menuName || choose(ui, menuName)));
 }
+
+/// Waits for the end of the message log to be `end`.
+inline bool logEndsWith(const WindowFixture &ui, const QString &end, int timeoutMs = 5000)
+{
+    return QTest::qWaitFor([&] { return ui.text("messageTextArea").endsWith(end); }, timeoutMs);
+}
+
+/// There before the window is.
+struct BoxBesideWindow
+{
+    explicit BoxBesideWindow(const QStringList &options)
+        : box(options)
+    {
+        QTest::qVerify(box.isReady(), "box", box.errorOutput(), __FILE__, __LINE__);
+    }
+
+    testsupport::BoxProcess box;
+};
+
+/// The window with a box beside it. A box that does not start fails the test.
+class WindowWithBox : public BoxBesideWindow, public WindowFixture
+{
+public:
+    explicit WindowWithBox(const QStringList &boxOptions = {},
+                           const std::optional<Library> &library = {})
+        : BoxBesideWindow(boxOptions)
+        , WindowFixture(library)
+    {}
+};
 
 } // namespace boxwindow

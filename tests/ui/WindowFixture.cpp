@@ -46,12 +46,6 @@ void collectNames(const QAccessibleInterface *shown, QMultiMap<QString, QAccessi
         collectNames(shown->child(i), names);
 }
 
-QList<QQuickItem *> fromTopToBottom(QList<QQuickItem *> items)
-{
-    std::ranges::sort(items, {}, &QQuickItem::y);
-    return items;
-}
-
 QString textBelow(const QQuickItem *item)
 {
     for (QQuickItem *child : item->childItems()) {
@@ -113,9 +107,8 @@ void WindowFixture::failOnWarnings()
 
 QObject *WindowFixture::object(const QString &objectName) const
 {
-    if (QQuickItem *visible = item(objectName))
-        return visible;
-    return m_window->findChild<QObject *>(objectName);
+    QObject *const visible = item(objectName);
+    return visible ? visible : m_window->findChild<QObject *>(objectName);
 }
 
 QVariant WindowFixture::value(const QString &objectName, const char *property) const
@@ -124,14 +117,9 @@ QVariant WindowFixture::value(const QString &objectName, const char *property) c
     return owner ? owner->property(property) : QVariant();
 }
 
-QString WindowFixture::text(const QString &objectName) const
+bool WindowFixture::closes(const QString &popup) const
 {
-    return value(objectName, "text").toString();
-}
-
-bool WindowFixture::isOpen(const QString &popup) const
-{
-    return value(popup, "visible").toBool();
+    return QTest::qWaitFor([&] { return !isOpen(popup); });
 }
 
 qreal WindowFixture::iconOpacity(const QString &objectName) const
@@ -157,11 +145,6 @@ QList<QQuickWindow *> WindowFixture::windowsFromFront() const
     return windows;
 }
 
-QQuickWindow *WindowFixture::front() const
-{
-    return windowsFromFront().first();
-}
-
 QQuickWindow *WindowFixture::activeFront() const
 {
     QQuickWindow *const window = front();
@@ -185,11 +168,6 @@ QQuickItem *WindowFixture::find(const std::function<bool(QQuickItem *)> &wanted)
 QQuickItem *WindowFixture::item(const QString &objectName) const
 {
     return find([&](const QQuickItem *item) { return item->objectName() == objectName; });
-}
-
-QQuickItem *WindowFixture::itemCalled(const QString &accessibleName) const
-{
-    return find([&](QQuickItem *item) { return nameOf(item) == accessibleName; });
 }
 
 QQuickItem *WindowFixture::itemSaying(const QString &text) const
@@ -218,8 +196,10 @@ QStringList WindowFixture::rows(const QString &listName) const
     if (!list)
         return {};
     const auto *const content = list->property("contentItem").value<QQuickItem *>();
+    QList<QQuickItem *> rows = content->childItems();
+    std::ranges::sort(rows, {}, &QQuickItem::y);
     QStringList texts;
-    for (const QQuickItem *row : fromTopToBottom(content->childItems())) {
+    for (const QQuickItem *row : std::as_const(rows)) {
         if (row->isVisible() && row->property("scriptName").isValid())
             texts << textBelow(row);
     }
@@ -284,11 +264,6 @@ void WindowFixture::type(const QString &text) const
 {
     for (const QChar character : text)
         QTest::keyClick(activeFront(), character.toLatin1());
-}
-
-WindowFixture::Library WindowFixture::savedLibrary() const
-{
-    return scripts::readLibrary(m_home.read()).scripts.value_or(Library());
 }
 
 QStringList WindowFixture::savedNames() const

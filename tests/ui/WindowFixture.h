@@ -28,8 +28,7 @@ public:
     /// Shows the window once `library` is in its file; without one it is a first start.
     explicit WindowFixture(const std::optional<Library> &library = {});
     ~WindowFixture();
-    WindowFixture(const WindowFixture &) = delete;
-    WindowFixture &operator=(const WindowFixture &) = delete;
+    Q_DISABLE_COPY_MOVE(WindowFixture)
 
     /// To be called by each test: every warning that it does not announce fails it, those of the
     /// documents above all.
@@ -42,15 +41,22 @@ public:
     /// Of the window or of a popup, open or not.
     [[nodiscard]] QObject *object(const QString &objectName) const;
     [[nodiscard]] QVariant value(const QString &objectName, const char *property) const;
-    [[nodiscard]] QString text(const QString &objectName) const;
-    [[nodiscard]] bool isOpen(const QString &popup) const;
+    [[nodiscard]] QString text(const QString &objectName) const
+    {
+        return value(objectName, "text").toString();
+    }
+    [[nodiscard]] bool isOpen(const QString &popup) const
+    {
+        return value(popup, "visible").toBool();
+    }
+    /// Waits until it is closed, which takes a moment where something moves.
+    [[nodiscard]] bool closes(const QString &popup) const;
     /// What an icon is drawn with.
     [[nodiscard]] qreal iconOpacity(const QString &objectName) const;
 
     // What can be seen, the uppermost first.
 
     [[nodiscard]] QQuickItem *item(const QString &objectName) const;
-    [[nodiscard]] QQuickItem *itemCalled(const QString &accessibleName) const;
     [[nodiscard]] QQuickItem *itemSaying(const QString &text) const;
     /// Whether something in sight says `text`, and nothing that does takes it for markup.
     [[nodiscard]] bool showsLiterally(const QString &text) const;
@@ -66,6 +72,7 @@ public:
     void click(const QString &objectName) const { click(item(objectName)); }
     void hover(const QString &objectName) const;
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const;
+    void pressCtrl(Qt::Key key) const { press(key, Qt::ControlModifier); }
     /// Goes on with Tab until the focus is where it was, and returns what had it on the way. The
     /// script editor, where Tab inserts blanks, is helped on.
     [[nodiscard]] QStringList tabOrder() const;
@@ -76,7 +83,7 @@ public:
 
     [[nodiscard]] const LibraryHome &home() const { return m_home; }
     /// What the library file holds now.
-    [[nodiscard]] Library savedLibrary() const;
+    [[nodiscard]] Library savedLibrary() const { return m_home.library(); }
     [[nodiscard]] QStringList savedNames() const;
     /// Leaves a picture of the uppermost window in the build folder, as NAME.png.
     void takePicture(const QString &name) const;
@@ -85,7 +92,7 @@ private:
     /// The main window and the dialogs that have windows of their own, as those have from Qt 6.8 on
     /// that stand in for the system's.
     [[nodiscard]] QList<QQuickWindow *> windowsFromFront() const;
-    [[nodiscard]] QQuickWindow *front() const;
+    [[nodiscard]] QQuickWindow *front() const { return windowsFromFront().first(); }
     /// With the keyboard, which a window manager would give it when one in front of it closes.
     [[nodiscard]] QQuickWindow *activeFront() const;
     [[nodiscard]] QQuickItem *find(const std::function<bool(QQuickItem *)> &wanted) const;
@@ -98,3 +105,11 @@ private:
 
 /// Runs the tests of a class on a private MIDI service.
 int runWindowTests(QObject &test, int argc, char **argv);
+
+/// The main function of a test program, as QTEST_MAIN is without a window.
+#define WINDOW_TEST_MAIN(TestClass)                                                                \
+    int main(int argc, char *argv[])                                                               \
+    {                                                                                              \
+        TestClass test;                                                                            \
+        return runWindowTests(test, argc, argv);                                                   \
+    }

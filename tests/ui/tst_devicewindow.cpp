@@ -1,4 +1,4 @@
-#include "support/BoxProcess.h"
+#include "support/Rows.h"
 #include "ui/BoxWindow.h"
 
 #include <QSettings>
@@ -7,21 +7,16 @@
 #include <algorithm>
 
 using namespace boxwindow;
-using testsupport::BoxProcess;
+using namespace testsupport;
 
 namespace
 {
 
 constexpr char ReadError[] = "Error reading settings from device.";
 constexpr char WriteError[] = "Error writing settings to device.";
-using AccessibleNames = QList<std::pair<QString, QAccessible::Role>>;
+using Tooltips = QList<std::pair<QString, QString>>;
 
-const QStringList DeviceIcons{"readIcon", "sendIcon", "settingsIcon"};
-
-QString withoutFailedAttempts(QString log, const QString &attempt)
-{
-    return log.remove(attempt);
-}
+const WindowFixture::Library OneScript{{"mine", "# mine\n"}};
 
 } // namespace
 
@@ -37,10 +32,10 @@ private slots:
     {
         const WindowFixture ui;
         QCOMPARE(chosen(ui), NotConnected);
-        for (const QString &icon : DeviceIcons) {
+        for (const char *icon : {"readIcon", "sendIcon", "settingsIcon"}) {
             QCOMPARE(ui.iconOpacity(icon), 0.2);
             ui.hover(icon);
-            QTRY_VERIFY2(ui.itemSaying("Connect a device first"), qPrintable(icon));
+            QTRY_VERIFY2(ui.itemSaying("Connect a device first"), icon);
             ui.click(icon);
         }
         ui.takePicture("not-connected");
@@ -50,9 +45,8 @@ private slots:
                               {"downloadIcon", "Download Scripts (Ctrl+D)"},
                               {"guideIcon", "Read Guide (F1)"},
                               {"clearIcon", "Clear (Ctrl+Shift+K)"}}));
-        ui.press(Qt::Key_R, Qt::ControlModifier);
-        ui.press(Qt::Key_Return, Qt::ControlModifier);
-        ui.press(Qt::Key_Comma, Qt::ControlModifier);
+        for (const Qt::Key key : {Qt::Key_R, Qt::Key_Return, Qt::Key_Comma})
+            ui.pressCtrl(key);
         QCOMPARE(ui.text("messageTextArea"), "");
         QVERIFY(!ui.isOpen("globalSettingsWindow"));
 
@@ -71,60 +65,39 @@ private slots:
 
     /// Buttons with a text and dialogs with a title are not listed: they take their names from
     /// these, but only while somebody listens.
-    void hasNamesForAssistiveTechnology_data()
-    {
-        QTest::addColumn<Qt::Key>("key"); // opens the window, with Ctrl
-        QTest::addColumn<AccessibleNames>("names");
-        QTest::newRow("main") << Qt::Key_Escape
-                              << AccessibleNames{{"Device", QAccessible::ComboBox},
-                                                 {"Available Scripts", QAccessible::List},
-                                                 {"mine", QAccessible::ListItem},
-                                                 {"Sort scripts", QAccessible::Button},
-                                                 {"Delete script", QAccessible::Button},
-                                                 {"Add script", QAccessible::Button},
-                                                 {"Settings", QAccessible::Button},
-                                                 {"Download Scripts", QAccessible::Button},
-                                                 {"Read Guide", QAccessible::Button},
-                                                 {"Read Script", QAccessible::Button},
-                                                 {"Send Script", QAccessible::Button},
-                                                 {"Script editor", QAccessible::EditableText},
-                                                 {"Message log", QAccessible::EditableText},
-                                                 {"Clear", QAccessible::Button}};
-        QTest::newRow("settings") << Qt::Key_Comma
-                                  << AccessibleNames{{"Global Settings", QAccessible::Dialog},
-                                                     {"Display Name", QAccessible::EditableText},
-                                                     {"Sysex ID", QAccessible::SpinBox},
-                                                     {"Mode", QAccessible::ComboBox}};
-        QTest::newRow("guide") << Qt::Key_F1 << AccessibleNames{{"Guide", QAccessible::Dialog}};
-    }
-
     void hasNamesForAssistiveTechnology()
     {
-        QFETCH(Qt::Key, key);
-        QFETCH(AccessibleNames, names);
-        const BoxProcess box;
-        QVERIFY(box.isReady());
-        const WindowFixture ui(WindowFixture::Library{{"mine", ""}});
+        const WindowWithBox ui({}, OneScript);
         QVERIFY(connectTo(ui, "Ostrel:0"));
-        ui.press(key, key == Qt::Key_F1 ? Qt::NoModifier : Qt::ControlModifier);
-        for (const auto &[name, role] : names)
-            QTRY_VERIFY2(ui.accessibleNames().contains(name, role), qPrintable(name));
+        QVERIFY(offers(ui, QAccessible::ComboBox, {"Device"}));
+        QVERIFY(offers(ui, QAccessible::List, {"Available Scripts"}));
+        QVERIFY(offers(ui, QAccessible::ListItem, {"mine"}));
+        QVERIFY(offers(ui, QAccessible::Button,
+                       {"Sort scripts", "Delete script", "Add script", "Settings",
+                        "Download Scripts", "Read Guide", "Read Script", "Send Script", "Clear"}));
+        QVERIFY(offers(ui, QAccessible::EditableText, {"Script editor", "Message log"}));
+        QVERIFY(openSettings(ui));
+        QVERIFY(offers(ui, QAccessible::Dialog, {"Global Settings"}));
+        QVERIFY(offers(ui, QAccessible::EditableText, {"Display Name"}));
+        QVERIFY(offers(ui, QAccessible::SpinBox, {"Sysex ID"}));
+        QVERIFY(offers(ui, QAccessible::ComboBox, {"Mode"}));
+        ui.press(Qt::Key_Escape);
+        QVERIFY(ui.closes("globalSettingsWindow"));
+        ui.press(Qt::Key_F1);
+        QVERIFY(offers(ui, QAccessible::Dialog, {"Guide"}));
     }
 
     void choosesAmongBoxes()
     {
-        const BoxProcess boxes({"--name", "Stage", "--boxes", "2"});
-        QVERIFY(boxes.isReady());
-        const WindowFixture ui;
+        const WindowWithBox ui({"--name", "Stage", "--boxes", "2"});
         QVERIFY(scanFor(ui, "Stage 2:1"));
         QCOMPARE(chosen(ui), NotConnected);
         ui.click("connectedDeviceComboBox");
         QTRY_VERIFY(ui.itemSaying("Stage:0"));
         QVERIFY(ui.itemSaying(ScanEntry));
         ui.takePicture("chooser");
-        ui.press(Qt::Key_Down);
-        ui.press(Qt::Key_Down);
-        ui.press(Qt::Key_Return);
+        for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Return})
+            ui.press(key);
         QTRY_COMPARE(chosen(ui), "Stage 2:1");
         QCOMPARE(QSettings().value("zevost_lastproduct").toInt(), 0x1A01);
         QVERIFY(choose(ui, "Stage:0"));
@@ -134,49 +107,39 @@ private slots:
 
     void readsTheScript()
     {
+        const QString text = "# from the box\nprint('hello')\n";
         QTemporaryFile script;
         QVERIFY(script.open());
-        script.write("# from the box\nprint('hello')\n");
+        script.write(text.toUtf8());
         script.close();
-        const BoxProcess box({"--script", script.fileName()});
-        QVERIFY(box.isReady());
-        const WindowFixture ui(WindowFixture::Library{{"mine", "# mine\n"}});
+        const WindowWithBox ui({"--script", script.fileName()}, OneScript);
         QVERIFY(connectTo(ui, "Ostrel:0"));
-        QVERIFY(QTest::qWaitFor(
-            [&] {
-                ui.click("readIcon");
-                return QTest::qWaitFor(
-                    [&] { return ui.text("messageTextArea").endsWith("Receive complete!\n"); },
-                    2000);
-            },
-            WindowFixture::TimeoutMs));
-        QCOMPARE(withoutFailedAttempts(ui.text("messageTextArea"),
-                                       "Reading...\nError receiving script.\n"),
+        const auto reads = [&] {
+            ui.click("readIcon");
+            return logEndsWith(ui, "Receive complete!\n", 2000);
+        };
+        QVERIFY(QTest::qWaitFor(reads, WindowFixture::TimeoutMs));
+        // A busy machine may have failed at first.
+        QCOMPARE(ui.text("messageTextArea").remove("Reading...\nError receiving script.\n"),
                  "Reading...\nReceive complete!\n");
         QCOMPARE(ui.rows("scriptListView"), QStringList({"mine", "Downloaded Script"}));
-        QCOMPARE(ui.text("scriptTextArea"), "# from the box\nprint('hello')\n");
-        QCOMPARE(ui.savedLibrary().last(),
-                 (scripts::Script{"Downloaded Script", "# from the box\nprint('hello')\n"}));
+        QCOMPARE(ui.text("scriptTextArea"), text);
+        QCOMPARE(ui.savedLibrary().last(), (scripts::Script{"Downloaded Script", text}));
     }
 
     void saysThatAReadFailed_data()
     {
-        QTest::addColumn<QString>("faults");
-        QTest::newRow("no script") << QString();
-        QTest::newRow("mute") << "faults --mute";
+        const Rows<QString> add; // faults of the box
+        add("no script", "");
+        add("mute", "--mute");
     }
 
     void saysThatAReadFailed()
     {
-        QFETCH(QString, faults);
-        BoxProcess box;
-        QVERIFY(box.isReady());
-        const WindowFixture ui(WindowFixture::Library{{"mine", "# mine\n"}});
+        const auto [faults] = row<QString>();
+        WindowWithBox ui({}, OneScript);
         QVERIFY(connectTo(ui, "Ostrel:0"));
-        if (!faults.isEmpty()) {
-            box.send(faults);
-            QVERIFY(box.waitForLine("^faults"));
-        }
+        QVERIFY(ui.box.obeys("faults " + faults, "^faults"));
         ui.click("readIcon");
         QTRY_COMPARE(ui.text("messageTextArea"), "Reading...\nError receiving script.\n");
         QCOMPARE(ui.savedNames(), QStringList("mine"));
@@ -184,46 +147,41 @@ private slots:
 
     void sendsTheScriptAndShowsTheOutput()
     {
-        BoxProcess box;
-        QVERIFY(box.isReady());
-        const WindowFixture ui(WindowFixture::Library{{"other", ""}, {"mine", ""}});
+        WindowWithBox ui({}, WindowFixture::Library{{"other", ""}, {"mine", ""}});
         QVERIFY(connectTo(ui, "Ostrel:0"));
         ui.click(ui.itemSaying("mine"));
         ui.click("scriptTextArea");
         ui.type("print('<b>hi</b>')");
         ui.click("sendIcon");
-        QVERIFY(box.waitForLine("^script 18 "));
+        QVERIFY(ui.box.waitForLine("^script 18 "));
         QCOMPARE(ui.savedLibrary().last().text, "print('<b>hi</b>')");
         QTRY_COMPARE(ui.text("messageTextArea"),
                      "Sending...\nSend complete!\nScript received: 18 bytes\nRunning...\n"
                      "<b>hi</b>\n");
         ui.takePicture("main-connected");
-        box.send("print a <i>second</i> line");
-        QTRY_VERIFY(ui.text("messageTextArea").endsWith("a <i>second</i> line\n"));
+        ui.box.send("print a <i>second</i> line");
+        QVERIFY(logEndsWith(ui, "a <i>second</i> line\n"));
         ui.click("clearIcon");
         QCOMPARE(ui.text("messageTextArea"), "");
     }
 
     void saysThatASendFailed()
     {
-        const BoxProcess box;
-        QVERIFY(box.isReady());
-        const WindowFixture ui(WindowFixture::Library{{"mine", ""}, {"huge", QString(8000, '#')}});
+        const WindowWithBox ui({},
+                               WindowFixture::Library{{"mine", ""}, {"huge", QString(8000, '#')}});
         QVERIFY(connectTo(ui, "Ostrel:0"));
         ui.click(ui.itemSaying("huge"));
         QTRY_VERIFY(ui.isOpen("messageDialog"));
         ui.press(Qt::Key_Return);
-        QTRY_VERIFY(!ui.isOpen("messageDialog"));
-        ui.press(Qt::Key_Return, Qt::ControlModifier);
+        QVERIFY(ui.closes("messageDialog"));
+        ui.pressCtrl(Qt::Key_Return);
         QTRY_COMPARE(ui.text("messageTextArea"), "Sending...\nError sending script.\n");
     }
 
     void takesNoNameForMarkup()
     {
         const QString name = "<b>x</b><img src=file:///x>";
-        BoxProcess box({"--name", name});
-        QVERIFY(box.isReady());
-        const WindowFixture ui(WindowFixture::Library{{name, ""}});
+        WindowWithBox ui({"--name", name}, WindowFixture::Library{{name, ""}});
         QVERIFY(connectTo(ui, name + ":0"));
         QVERIFY(ui.showsLiterally(name));
         QVERIFY(ui.showsLiterally(name + ":0"));
@@ -231,12 +189,12 @@ private slots:
         QTRY_VERIFY(ui.itemSaying(ScanEntry));
         QVERIFY(ui.showsLiterally(name + ":0"));
         ui.press(Qt::Key_Escape);
-        box.send("print " + name);
+        ui.box.send("print " + name);
         QTRY_VERIFY(ui.showsLiterally(name + '\n'));
         ui.click("minusIcon");
         QTRY_VERIFY(ui.showsLiterally("Delete script '" + name + "'?"));
         ui.click(ui.itemSaying("Cancel"));
-        QTRY_VERIFY(!ui.isOpen("okCancelDialog"));
+        QVERIFY(ui.closes("okCancelDialog"));
         QVERIFY(openSettings(ui));
         QCOMPARE(ui.text("displayNameInput"), name);
         QVERIFY(ui.showsLiterally(name));
@@ -245,15 +203,13 @@ private slots:
     void staysUsableInAFlood()
     {
         constexpr int Lines = 20000;
-        BoxProcess box;
-        QVERIFY(box.isReady());
-        const WindowFixture ui(WindowFixture::Library{{"mine", ""}});
+        WindowWithBox ui({}, WindowFixture::Library{{"mine", ""}});
         QVERIFY(connectTo(ui, "Ostrel:0"));
         ui.click("scriptTextArea");
         QString expected;
         for (int i = 1; i <= Lines; ++i)
             expected += QString("Line %1 of %2\n").arg(i).arg(Lines);
-        box.send(QString("lines %1").arg(Lines));
+        ui.box.send(QString("lines %1").arg(Lines));
         QTRY_VERIFY_WITH_TIMEOUT(!ui.text("messageTextArea").isEmpty(), WindowFixture::TimeoutMs);
         ui.type("typed");
         QCOMPARE(ui.text("scriptTextArea"), "typed");
@@ -264,10 +220,12 @@ private slots:
 
     void changesTheSettings()
     {
-        BoxProcess box({"--name", "Stage", "--sysex-id", "5", "--mode", "0"});
-        QVERIFY(box.isReady());
-        const WindowFixture ui;
+        WindowWithBox ui({"--name", "Stage", "--sysex-id", "5", "--mode", "0"});
         QVERIFY(connectTo(ui, "Stage:5"));
+        QVERIFY(openSettings(ui));
+        ui.type("Discarded");
+        ui.press(Qt::Key_Escape);
+        QVERIFY(ui.closes("globalSettingsWindow"));
         QVERIFY(openSettings(ui));
         QCOMPARE(ui.text("displayNameInput"), "Stage");
         QCOMPARE(ui.value("sysexIdBox", "value").toInt(), 5);
@@ -276,11 +234,11 @@ private slots:
 
         ui.type(QString(40, 'x')); // replaces the selected name
         QCOMPARE(ui.text("displayNameInput"), QString(31, 'x'));
-        ui.press(Qt::Key_A, Qt::ControlModifier);
+        ui.pressCtrl(Qt::Key_A);
         ui.type("Studio");
         ui.press(Qt::Key_Tab);
         QCOMPARE(ui.focusedName(), "Sysex ID");
-        ui.press(Qt::Key_A, Qt::ControlModifier);
+        ui.pressCtrl(Qt::Key_A);
         ui.type("7");
         ui.press(Qt::Key_Tab);
         QCOMPARE(ui.focusedName(), "Mode");
@@ -288,81 +246,72 @@ private slots:
         QTRY_VERIFY(ui.itemSaying("Python Script"));
         ui.takePicture("settings-mode");
         ui.click(ui.itemSaying("Python Script"));
-        const qsizetype before = box.lines().size();
+        QVERIFY(ui.box.lines().filter("received block-write").isEmpty());
+        const qsizetype before = ui.box.lines().size();
         ui.click("settingsDoneButton");
-        QVERIFY(box.waitForLine(R"(^settings name="Studio" sysex-id=7 mode=2 )"));
-        QTRY_VERIFY(!ui.isOpen("globalSettingsWindow"));
-        QCOMPARE(box.lines().mid(before).filter("received block-write").size(), 1);
+        QVERIFY(ui.box.waitForLine(R"(^settings name="Studio" sysex-id=7 mode=2 )"));
+        QVERIFY(ui.closes("globalSettingsWindow"));
+        QCOMPARE(ui.box.lines().filter("received block-write").size(), 1);
 
         // The box restarts; the window finds it again under its new ID by itself.
-        QTRY_VERIFY_WITH_TIMEOUT(box.lines().mid(before).contains("received identity-request"),
+        QTRY_VERIFY_WITH_TIMEOUT(ui.box.lines().mid(before).contains("received identity-request"),
                                  WindowFixture::TimeoutMs);
         QVERIFY(chosen(ui) == "Studio:7" || scanFor(ui, "Studio:7"));
         QTRY_COMPARE(chosen(ui), "Studio:7");
     }
 
-    void discardsSettingsOnEscape()
-    {
-        const BoxProcess box({"--name", "Stage"});
-        QVERIFY(box.isReady());
-        const WindowFixture ui;
-        QVERIFY(connectTo(ui, "Stage:0"));
-        QVERIFY(openSettings(ui));
-        ui.type("Studio");
-        ui.press(Qt::Key_Escape);
-        QTRY_VERIFY(!ui.isOpen("globalSettingsWindow"));
-        QVERIFY(openSettings(ui));
-        QCOMPARE(ui.text("displayNameInput"), "Stage");
-        QVERIFY(box.lines().filter("received block-write").isEmpty());
-    }
-
     void saysThatSettingsCannotBeRead()
     {
-        BoxProcess box;
-        QVERIFY(box.isReady());
-        const WindowFixture ui;
+        WindowWithBox ui;
         QVERIFY(connectTo(ui, "Ostrel:0"));
-        box.send("faults --mute");
-        QVERIFY(box.waitForLine("^faults"));
+        QVERIFY(ui.box.obeys("faults --mute", "^faults"));
         ui.click("settingsIcon");
         QTRY_VERIFY(ui.itemSaying(ReadError));
         ui.takePicture("settings-error");
         ui.press(Qt::Key_Escape);
         QVERIFY(ui.isOpen("settingsMessageDialog"));
         ui.click(ui.itemSaying("OK"));
-        QTRY_VERIFY(!ui.isOpen("settingsMessageDialog"));
+        QVERIFY(ui.closes("settingsMessageDialog"));
         QVERIFY(!ui.isOpen("globalSettingsWindow"));
     }
 
     void saysThatSettingsCannotBeWritten()
     {
-        BoxProcess box;
-        QVERIFY(box.isReady());
-        const WindowFixture ui;
+        WindowWithBox ui;
         QVERIFY(connectTo(ui, "Ostrel:0"));
         QVERIFY(openSettings(ui));
         ui.click("settingsDoneButton");
-        QVERIFY(box.waitForLine("^settings name=\"Ostrel\""));
+        QVERIFY(ui.box.waitForLine("^settings name=\"Ostrel\""));
         // The window looks for the box again soon, while the settings are open again.
         QVERIFY(openSettings(ui));
-        box.send("unplug");
-        QVERIFY(box.waitForLine("^unplugged"));
+        QVERIFY(ui.box.obeys("unplug", "^unplugged"));
         QTRY_COMPARE_WITH_TIMEOUT(chosen(ui), NotConnected, WindowFixture::TimeoutMs);
         ui.click("settingsDoneButton");
         QTRY_VERIFY(ui.itemSaying(WriteError));
         ui.press(Qt::Key_Return);
-        QTRY_VERIFY(!ui.isOpen("globalSettingsWindow"));
+        QVERIFY(ui.closes("globalSettingsWindow"));
     }
 
 private:
     /// Whether the tooltips of icons say what is expected. The pointer lights the icons up.
-    static bool explains(const WindowFixture &ui,
-                         const QList<std::pair<QString, QString>> &tooltips)
+    static bool explains(const WindowFixture &ui, const Tooltips &tooltips)
     {
         return std::ranges::all_of(tooltips, [&](const auto &expected) {
             ui.hover(expected.first);
             return ui.iconOpacity(expected.first) == 0.8 &&
                    QTest::qWaitFor([&] { return ui.itemSaying(expected.second) != nullptr; });
+        });
+    }
+
+    /// Whether assistive technology finds something with each of these names and this role.
+    static bool offers(const WindowFixture &ui, QAccessible::Role role, const QStringList &names)
+    {
+        return std::ranges::all_of(names, [&](const QString &name) {
+            const bool found =
+                QTest::qWaitFor([&] { return ui.accessibleNames().contains(name, role); });
+            if (!found)
+                qInfo() << "nothing is called" << name;
+            return found;
         });
     }
 
@@ -381,9 +330,5 @@ private:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    DeviceWindowTest test;
-    return runWindowTests(test, argc, argv);
-}
+WINDOW_TEST_MAIN(DeviceWindowTest)
 #include "tst_devicewindow.moc"

@@ -1,6 +1,7 @@
+#include "support/Rows.h"
 #include "ui/WindowFixture.h"
 
-#include <QTest>
+using namespace testsupport;
 
 namespace
 {
@@ -60,13 +61,13 @@ private slots:
         QTest::mouseClick(ui.window(), Qt::LeftButton, {}, QPoint(20, 400));
         QVERIFY(ui.isOpen("okCancelDialog"));
         ui.click(ui.itemSaying("Cancel"));
-        QTRY_VERIFY(!ui.isOpen("okCancelDialog"));
+        QVERIFY(ui.closes("okCancelDialog"));
         QCOMPARE(ui.rows("scriptListView").size(), 3);
 
         ui.click("minusIcon");
         QTRY_VERIFY(ui.isOpen("okCancelDialog"));
         ui.press(Qt::Key_Return);
-        QTRY_VERIFY(!ui.isOpen("okCancelDialog"));
+        QVERIFY(ui.closes("okCancelDialog"));
         QTRY_COMPARE(ui.rows("scriptListView"), QStringList({"beta", "gamma"}));
         QCOMPARE(ui.text("scriptTextArea"), "# third\n");
         QCOMPARE(ui.savedNames(), QStringList({"beta", "gamma"}));
@@ -86,7 +87,7 @@ private slots:
         ui.click("minusIcon");
         QTRY_VERIFY(ui.itemSaying("Delete script ''?"));
         ui.press(Qt::Key_Return);
-        QTRY_VERIFY(!ui.isOpen("okCancelDialog"));
+        QVERIFY(ui.closes("okCancelDialog"));
         ui.click("plusIcon");
         QTRY_COMPARE(ui.rows("scriptListView"), QStringList("NEW SCRIPT"));
         QVERIFY(!ui.value("scriptTextArea", "readOnly").toBool());
@@ -96,25 +97,16 @@ private slots:
 
     void sorts_data()
     {
-        QTest::addColumn<QStringList>("names");
-        QTest::addColumn<QString>("selected");
-        QTest::addColumn<QStringList>("sorted");
-        QTest::addColumn<int>("row");
-        QTest::newRow("follows the selected script")
-            << QStringList{"beta", "Alpha", "alpha"} << "beta"
-            << QStringList{"Alpha", "alpha", "beta"} << 2;
-        QTest::newRow("order of ties")
-            << QStringList{"b", "B", "a"} << "b" << QStringList{"a", "B", "b"} << 2;
-        QTest::newRow("first of equal names")
-            << QStringList{"x", "c", "x"} << "c" << QStringList{"c", "x", "x"} << 0;
+        const Rows<QStringList, QString, QStringList, int> add;
+        add("follows the selected script", {"beta", "Alpha", "alpha"}, "beta",
+            {"Alpha", "alpha", "beta"}, 2);
+        add("first of equal names", {"x", "c", "x"}, "c", {"c", "x", "x"}, 0);
     }
 
     void sorts()
     {
-        QFETCH(QStringList, names);
-        QFETCH(QString, selected);
-        QFETCH(QStringList, sorted);
-        QFETCH(int, row);
+        const auto [names, selected, sorted, current] =
+            row<QStringList, QString, QStringList, int>();
         WindowFixture::Library library;
         for (const QString &name : names)
             library.append({name, "# " + name});
@@ -122,7 +114,7 @@ private slots:
         ui.click(ui.itemSaying(selected));
         ui.click("sortIcon");
         QTRY_COMPARE(ui.rows("scriptListView"), sorted);
-        QCOMPARE(ui.value("scriptListView", "currentIndex").toInt(), row);
+        QCOMPARE(ui.value("scriptListView", "currentIndex").toInt(), current);
         QCOMPARE(ui.text("scriptTextArea"), "# " + selected);
         QTRY_COMPARE(ui.savedNames(), sorted);
     }
@@ -133,7 +125,7 @@ private slots:
         ui.click(ui.itemSaying("gamma"));
         QCOMPARE(ui.value("scriptListView", "currentIndex").toInt(), 2);
         QCOMPARE(ui.text("scriptTextArea"), "# third\n");
-        ui.press(Qt::Key_A, Qt::ControlModifier);
+        ui.pressCtrl(Qt::Key_A);
         ui.type("Delay <b>");
         QCOMPARE(ui.rows("scriptListView").last(), "Delay <b>");
         QTRY_COMPARE(ui.savedNames().last(), "Delay <b>");
@@ -227,12 +219,10 @@ private slots:
                  "Device, Sort scripts, Delete script, Add script");
         QCOMPARE(ui.text("scriptTextArea"), "# second\n");
         ui.click("messageTextArea");
-        ui.press(Qt::Key_Backtab, Qt::ShiftModifier);
-        QCOMPARE(ui.focusedName(), "Clear");
-        ui.press(Qt::Key_Backtab, Qt::ShiftModifier);
-        QCOMPARE(ui.focusedName(), "Script editor");
-        ui.press(Qt::Key_Backtab, Qt::ShiftModifier);
-        QCOMPARE(ui.focusedName(), "Read Guide");
+        for (const char *name : {"Clear", "Script editor", "Read Guide"}) {
+            ui.press(Qt::Key_Backtab, Qt::ShiftModifier);
+            QCOMPARE(ui.focusedName(), name);
+        }
         ui.press(Qt::Key_Return);
         QTRY_VERIFY(ui.item("helpTextArea"));
     }
@@ -240,9 +230,9 @@ private slots:
     void obeysShortcuts()
     {
         const WindowFixture ui(threeScripts());
-        ui.press(Qt::Key_N, Qt::ControlModifier);
+        ui.pressCtrl(Qt::Key_N);
         QCOMPARE(ui.rows("scriptListView").last(), "NEW SCRIPT");
-        ui.press(Qt::Key_L, Qt::ControlModifier);
+        ui.pressCtrl(Qt::Key_L);
         QCOMPARE(ui.rows("scriptListView"), QStringList({"Alpha", "beta", "gamma", "NEW SCRIPT"}));
         ui.press(Qt::Key_Delete, Qt::ControlModifier | Qt::ShiftModifier);
         QTRY_VERIFY(ui.itemSaying("Delete script 'NEW SCRIPT'?"));
@@ -255,9 +245,5 @@ private slots:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    LibraryWindowTest test;
-    return runWindowTests(test, argc, argv);
-}
+WINDOW_TEST_MAIN(LibraryWindowTest)
 #include "tst_librarywindow.moc"

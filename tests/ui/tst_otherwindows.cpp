@@ -1,22 +1,15 @@
 #include "support/HttpServer.h"
+#include "support/Rows.h"
 #include "ui/WindowFixture.h"
 
 #include <QDesktopServices>
-#include <QTcpSocket>
-#include <QTest>
 
-using scripts::writeLibrary;
+using namespace testsupport;
 
 namespace
 {
 
-HttpServer::Answer ok(const QByteArray &body)
-{
-    return [body](QTcpSocket *socket) {
-        socket->write(HttpServer::response("200 OK", body));
-        socket->disconnectFromHost();
-    };
-}
+const WindowFixture::Library OneScript{{"mine", ""}};
 
 /// Remembers the links that would have gone to the system's browser and other programs.
 class Browser : public QObject
@@ -46,12 +39,31 @@ private:
     QList<QUrl> m_opened;
 };
 
-/// The window asks the web when it opens, so it has to be made before.
-bool downloadFrom(const WindowFixture &ui, const QString &url)
+struct ServerBesideWindow
 {
-    return QMetaObject::invokeMethod(ui.object("downloadScriptWindowOnDemand"), "make") &&
-           ui.object("downloadScriptWindow")->setProperty("scriptUrl", url);
-}
+    HttpServer server;
+};
+
+/// A window whose downloads come from a server of the test's own. They begin when the download
+/// window opens, so that has to be made before.
+class WindowWithServer : public ServerBesideWindow, public WindowFixture
+{
+public:
+    explicit WindowWithServer(const QString &path = "/library")
+        : WindowFixture(OneScript)
+    {
+        const bool prepared =
+            QMetaObject::invokeMethod(object("downloadScriptWindowOnDemand"), "make") &&
+            object("downloadScriptWindow")->setProperty("scriptUrl", server.url(path));
+        QTest::qVerify(prepared, "prepared", qPrintable(path), __FILE__, __LINE__);
+    }
+
+    /// What the server has from now on.
+    void offer(const Library &library)
+    {
+        server.on("/library", HttpServer::ok(scripts::writeLibrary(library)));
+    }
+};
 
 } // namespace
 
@@ -65,12 +77,10 @@ private slots:
 
     void downloadsScripts()
     {
-        HttpServer server;
-        server.on("/library",
-                  ok(writeLibrary({{"Echo", "#\n# ECHO\n\n# repeats\r\nimport x\n# no\n"},
-                                   {"<b>Tap</b>", "print(1)\n"}})));
-        const WindowFixture ui(WindowFixture::Library{{"mine", ""}});
-        QVERIFY(downloadFrom(ui, server.url("/library")));
+        const QString echo = "#\n# ECHO\n\n# repeats\r\nimport x\n# no\n";
+        const QString notes = "#\n# ECHO\n# repeats\n";
+        WindowWithServer ui;
+        ui.offer({{"Echo", echo}, {"<b>Tap</b>", "print(1)\n"}});
         ui.click("downloadIcon");
         QTRY_VERIFY(ui.isOpen("downloadScriptWindow"));
         QTRY_COMPARE(ui.rows("downloadScriptListView"), QStringList({"Echo", "<b>Tap</b>"}));
@@ -79,77 +89,70 @@ private slots:
         QVERIFY(names.contains("Download Scripts", QAccessible::Dialog));
         QVERIFY(names.contains("Download list", QAccessible::List));
         QVERIFY(names.contains("Script notes", QAccessible::EditableText));
-        QCOMPARE(ui.text("downloadNotesArea"), "#\n# ECHO\n# repeats\n");
+        QCOMPARE(ui.text("downloadNotesArea"), notes);
         ui.takePicture("download");
         ui.click(ui.itemSaying("<b>Tap</b>"));
         QCOMPARE(ui.text("downloadNotesArea"), "");
         ui.press(Qt::Key_Up);
-        QCOMPARE(ui.text("downloadNotesArea"), "#\n# ECHO\n# repeats\n");
+        QCOMPARE(ui.text("downloadNotesArea"), notes);
         ui.click("downloadScriptButton");
-        QTRY_VERIFY(!ui.isOpen("downloadScriptWindow"));
+        QVERIFY(ui.closes("downloadScriptWindow"));
         QCOMPARE(ui.rows("scriptListView"), QStringList({"mine", "Echo"}));
         QCOMPARE(ui.text("scriptTextArea"), "#\n# ECHO\n\n# repeats\nimport x\n# no\n");
         QCOMPARE(ui.savedNames(), QStringList({"mine", "Echo"}));
 
         // Each opening asks anew, and the keyboard is enough.
-        server.on("/library", ok(writeLibrary({{"Tape", "# tape\n"}})));
-        ui.press(Qt::Key_D, Qt::ControlModifier);
-        QTRY_VERIFY(ui.isOpen("downloadScriptWindow"));
+        ui.offer({{"Tape", "# tape\n"}});
+        ui.pressCtrl(Qt::Key_D);
         QTRY_COMPARE(ui.rows("downloadScriptListView"), QStringList("Tape"));
         QTRY_COMPARE(ui.text("downloadNotesArea"), "# tape\n");
         QCOMPARE(ui.focusedName(), "Tape");
         ui.press(Qt::Key_Return);
-        QTRY_VERIFY(!ui.isOpen("downloadScriptWindow"));
+        QVERIFY(ui.closes("downloadScriptWindow"));
         QCOMPARE(ui.savedNames(), QStringList({"mine", "Echo", "Tape"}));
 
         // Where nothing is selected, a script without name and text is added.
-        server.on("/library", ok(writeLibrary({})));
-        ui.press(Qt::Key_D, Qt::ControlModifier);
+        ui.offer({});
+        ui.pressCtrl(Qt::Key_D);
         QTRY_VERIFY(ui.isOpen("downloadScriptWindow"));
         QCOMPARE(ui.rows("downloadScriptListView"), QStringList());
         ui.click("downloadScriptButton");
-        QTRY_VERIFY(!ui.isOpen("downloadScriptWindow"));
+        QVERIFY(ui.closes("downloadScriptWindow"));
         QCOMPARE(ui.savedLibrary().size(), 4);
         QCOMPARE(ui.savedLibrary().last(), scripts::Script());
     }
 
     void offersNothingWithoutTheWeb()
     {
-        const HttpServer server;
-        const WindowFixture ui(WindowFixture::Library{{"mine", ""}});
-        QVERIFY(downloadFrom(ui, server.url("/gone")));
+        const WindowWithServer ui("/gone");
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^Network error:"));
-        ui.press(Qt::Key_D, Qt::ControlModifier);
-        QTRY_VERIFY(server.hasServed() && server.isIdle());
+        ui.pressCtrl(Qt::Key_D);
+        QTRY_VERIFY(ui.server.hasServed() && ui.server.isIdle());
         QCOMPARE(ui.rows("downloadScriptListView"), QStringList());
         ui.takePicture("download-empty");
         ui.click("downloadDoneButton");
-        QTRY_VERIFY(!ui.isOpen("downloadScriptWindow"));
+        QVERIFY(ui.closes("downloadScriptWindow"));
         QCOMPARE(ui.rows("scriptListView"), QStringList("mine"));
     }
 
     void closesTheDownloadWindow_data()
     {
-        QTest::addColumn<int>("tabs");
-        QTest::addColumn<Qt::Key>("key");
-        QTest::newRow("Escape") << 0 << Qt::Key_Escape;
-        QTest::newRow("Return on Done") << 3 << Qt::Key_Return;
+        const Rows<int, Qt::Key> add; // how often Tab, then which key
+        add("Escape", 0, Qt::Key_Escape);
+        add("Return on Done", 3, Qt::Key_Return);
     }
 
     void closesTheDownloadWindow()
     {
-        QFETCH(int, tabs);
-        QFETCH(Qt::Key, key);
-        HttpServer server;
-        server.on("/library", ok(writeLibrary({{"Echo", "# echo\n"}})));
-        const WindowFixture ui(WindowFixture::Library{{"mine", ""}});
-        QVERIFY(downloadFrom(ui, server.url("/library")));
-        ui.press(Qt::Key_D, Qt::ControlModifier);
+        const auto [tabs, key] = row<int, Qt::Key>();
+        WindowWithServer ui;
+        ui.offer({{"Echo", "# echo\n"}});
+        ui.pressCtrl(Qt::Key_D);
         QTRY_COMPARE(ui.rows("downloadScriptListView"), QStringList("Echo"));
         for (int i = 0; i < tabs; ++i)
             ui.press(Qt::Key_Tab);
         ui.press(key);
-        QTRY_VERIFY(!ui.isOpen("downloadScriptWindow"));
+        QVERIFY(ui.closes("downloadScriptWindow"));
         QCOMPARE(ui.rows("scriptListView"), QStringList("mine"));
     }
 
@@ -213,33 +216,26 @@ private slots:
         QCOMPARE(browser.opened(), QList<QUrl>{QUrl("https://ostrel.example/")});
     }
 
-    void looksAsDesigned_data()
-    {
-        QTest::addColumn<QSize>("size");
-        QTest::addColumn<QPoint>("place");
-        QTest::addColumn<QColor>("colour");
-        const QSize normal(1024, 768);
-        const QSize smallest(800, 600);
-        QTest::newRow("header") << normal << QPoint(500, 3) << QColor("#888888");
-        QTest::newRow("list bar") << normal << QPoint(3, 63) << QColor("#303030");
-        QTest::newRow("selected row") << normal << QPoint(3, 110) << QColor("royalblue");
-        QTest::newRow("list") << normal << QPoint(100, 600) << QColor("#000000");
-        QTest::newRow("divider") << normal << QPoint(255, 400) << QColor("#FFFFFF");
-        QTest::newRow("line numbers") << normal << QPoint(265, 590) << QColor("#666666");
-        QTest::newRow("editor") << normal << QPoint(1000, 590) << QColor("#222222");
-        QTest::newRow("options, smallest") << smallest << QPoint(3, 596) << QColor("#222222");
-        QTest::newRow("handle, smallest") << smallest << QPoint(700, 442) << QColor("#666666");
-    }
-
     void looksAsDesigned()
     {
-        QFETCH(QSize, size);
-        QFETCH(QPoint, place);
-        QFETCH(QColor, colour);
+        const QSize normal(1024, 768);
+        const QSize smallest(800, 600);
+        const std::tuple<const char *, QSize, QPoint, QColor> places[] = {
+            {"header", normal, {500, 3}, "#888888"},
+            {"list bar", normal, {3, 63}, "#303030"},
+            {"selected row", normal, {3, 110}, "royalblue"},
+            {"list", normal, {100, 600}, "#000000"},
+            {"divider", normal, {255, 400}, "#FFFFFF"},
+            {"line numbers", normal, {265, 590}, "#666666"},
+            {"editor", normal, {1000, 590}, "#222222"},
+            {"options, smallest", smallest, {3, 596}, "#222222"},
+            {"handle, smallest", smallest, {700, 442}, "#666666"}};
         const WindowFixture ui;
-        ui.window()->resize(size);
-        QTRY_COMPARE(ui.window()->grabWindow().pixelColor(place), colour);
-        ui.takePicture(QString("main-%1x%2").arg(size.width()).arg(size.height()));
+        for (const auto &[name, size, place, colour] : places) {
+            ui.window()->resize(size);
+            QTRY_VERIFY2(ui.window()->grabWindow().pixelColor(place) == colour, name);
+            ui.takePicture(QString("main-%1x%2").arg(size.width()).arg(size.height()));
+        }
     }
 
 private:
@@ -259,9 +255,5 @@ private:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    OtherWindowsTest test;
-    return runWindowTests(test, argc, argv);
-}
+WINDOW_TEST_MAIN(OtherWindowsTest)
 #include "tst_otherwindows.moc"

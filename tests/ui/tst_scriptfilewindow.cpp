@@ -1,8 +1,10 @@
+#include "support/Rows.h"
 #include "ui/WindowFixture.h"
 
 #include <QMimeData>
 #include <QTemporaryDir>
-#include <QTest>
+
+using namespace testsupport;
 
 namespace
 {
@@ -47,7 +49,7 @@ private slots:
     void opensFiles()
     {
         const WindowFixture ui(oneScript());
-        ui.press(Qt::Key_O, Qt::ControlModifier);
+        ui.pressCtrl(Qt::Key_O);
         QTRY_VERIFY(ui.itemSaying("Echo.py"));
         QVERIFY(!ui.itemSaying("notes.txt"));
         ui.takePicture("open");
@@ -58,7 +60,7 @@ private slots:
         QCOMPARE(ui.text("scriptTextArea"), "# echo\n");
         QCOMPARE(ui.savedNames(), QStringList({"Tape", "Echo"}));
 
-        ui.press(Qt::Key_O, Qt::ControlModifier);
+        ui.pressCtrl(Qt::Key_O);
         QTRY_VERIFY(ui.itemSaying("<b>picture.py"));
         ui.click(ui.itemSaying("<b>picture.py"));
         ui.click(ui.itemSaying("Open"));
@@ -67,7 +69,7 @@ private slots:
         ui.press(Qt::Key_Return);
         QTRY_VERIFY(!ui.itemSaying(NoText));
 
-        ui.press(Qt::Key_O, Qt::ControlModifier);
+        ui.pressCtrl(Qt::Key_O);
         QTRY_VERIFY(ui.itemSaying("Open"));
         ui.press(Qt::Key_Escape);
         QTRY_VERIFY(!ui.itemSaying("Open"));
@@ -76,31 +78,16 @@ private slots:
 
     void savesAFile_data()
     {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("answer");
-        QTest::addColumn<QByteArray>("content");
-        const QByteArray tape = "# tape\n";
-        QTest::newRow("as proposed") << ""
-                                     << "Tape.py"
-                                     << "" << tape;
-        QTest::newRow("without suffix") << "Delay"
-                                        << "Delay.py"
-                                        << "" << tape;
-        QTest::newRow("replaced") << "Echo.py"
-                                  << "Echo.py"
-                                  << "OK" << tape;
-        QTest::newRow("not replaced") << "Echo.py"
-                                      << "Echo.py"
-                                      << "Cancel" << QByteArray("# echo\n");
+        const Rows<QString, QString, QString, QByteArray> add; // what is typed, and its file
+        add("as proposed", "", "Tape.py", "", "# tape\n");
+        add("without suffix", "Delay", "Delay.py", "", "# tape\n");
+        add("replaced", "Echo.py", "Echo.py", "OK", "# tape\n");
+        add("not replaced", "Echo.py", "Echo.py", "Cancel", "# echo\n");
     }
 
     void savesAFile()
     {
-        QFETCH(QString, typed);
-        QFETCH(QString, file);
-        QFETCH(QString, answer);
-        QFETCH(QByteArray, content);
+        const auto [typed, file, answer, content] = row<QString, QString, QString, QByteArray>();
         const WindowFixture ui(oneScript());
         QVERIFY(saveAs(ui, typed));
         if (!answer.isEmpty()) {
@@ -109,7 +96,7 @@ private slots:
             QCOMPARE(read(file), "# echo\n");
             ui.click(ui.itemSaying(answer));
         }
-        QTRY_VERIFY(!ui.isOpen("replaceDialog"));
+        QVERIFY(ui.closes("replaceDialog"));
         QTRY_COMPARE(read(file), content);
     }
 
@@ -119,14 +106,14 @@ private slots:
         QVERIFY(saveAs(ui, "Wah.py")); // leads to a folder that is missing
         QTRY_VERIFY(ui.itemSaying("\"Wah.py\" cannot be written."));
         ui.press(Qt::Key_Return);
-        QTRY_VERIFY(!ui.isOpen("fileMessageDialog"));
+        QVERIFY(ui.closes("fileMessageDialog"));
     }
 
     void savesNoFileWithoutAScript()
     {
         const WindowFixture ui(WindowFixture::Library{});
-        ui.press(Qt::Key_S, Qt::ControlModifier);
-        ui.press(Qt::Key_O, Qt::ControlModifier);
+        ui.pressCtrl(Qt::Key_S);
+        ui.pressCtrl(Qt::Key_O);
         QTRY_VERIFY(ui.itemSaying("Open"));
         QVERIFY(!ui.itemSaying("Save"));
     }
@@ -165,13 +152,13 @@ private:
     /// Saves the selected script, under the name that is proposed if `name` is empty.
     static bool saveAs(const WindowFixture &ui, const QString &name)
     {
-        ui.press(Qt::Key_S, Qt::ControlModifier);
+        ui.pressCtrl(Qt::Key_S);
         // Each change of its list makes the dialog forget what was typed.
         if (!QTest::qWaitFor([&] { return ui.itemSaying("Echo.py"); }))
             return false;
         if (!name.isEmpty()) {
             ui.click("fileNameTextField");
-            ui.press(Qt::Key_A, Qt::ControlModifier);
+            ui.pressCtrl(Qt::Key_A);
             ui.type(name);
         }
         ui.click(ui.itemSaying("Save"));
@@ -181,9 +168,5 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 
-int main(int argc, char *argv[])
-{
-    ScriptFileWindowTest test;
-    return runWindowTests(test, argc, argv);
-}
+WINDOW_TEST_MAIN(ScriptFileWindowTest)
 #include "tst_scriptfilewindow.moc"

@@ -1,5 +1,5 @@
-#include "support/BoxProcess.h"
 #include "support/MidiServer.h"
+#include "support/Rows.h"
 #include "ui/BoxWindow.h"
 
 #include <QRegularExpression>
@@ -7,50 +7,105 @@
 #include <functional>
 
 using namespace boxwindow;
-using testsupport::BoxProcess;
-using testsupport::MidiServer;
+using namespace testsupport;
 
 namespace
 {
 
 constexpr char BoxName[] = "Stage:5";
 const QStringList BoxOptions{"--name", "Stage", "--sysex-id", "5"};
-const WindowFixture::Library OneLongScript{{.name = "SONG", .text = QString(6000, '#')}};
 
 /// Twice the time for which the editor tries.
 constexpr int ReconnectTimeoutMs = 30000;
 
-bool isConnected(const WindowFixture &ui)
+using ServerAct = void (MidiServer::*)();
+using Act = std::function<void(const WindowFixture &)>;
+
+/// More than the MIDI library's buffer holds when nobody empties it.
+void sendMuch(const WindowFixture &ui)
 {
-    // On a busy machine perhaps without its name, which then came too late.
-    return QTest::qWaitFor(
-        [&] { return ui.value("connectedDeviceComboBox", "deviceConnected").toBool(); },
-        ReconnectTimeoutMs);
+    for (int i = 0; i < 4; ++i)
+        ui.click("sendIcon");
 }
 
-bool isDisconnected(const WindowFixture &ui)
+/// What is there before the window: a MIDI service of its own and a box, which come and go.
+struct Surroundings
 {
-    return QTest::qWaitFor(
-        [&] { return chosen(ui) == NotConnected && ui.iconOpacity("sendIcon") == 0.2; },
-        WindowFixture::TimeoutMs);
-}
+    /// `act` befalls the service before the window comes.
+    Surroundings(const QStringList &boxOptions, ServerAct act)
+    {
+        if (!boxOptions.isEmpty())
+            plugIn(boxOptions);
+        if (act)
+            (server.*act)();
+    }
 
-bool logSays(const WindowFixture &ui, const QString &line)
-{
-    return QTest::qWaitFor([&] { return ui.text("messageTextArea").contains(line); },
-                           WindowFixture::TimeoutMs);
-}
+    void plugIn(const QStringList &boxOptions)
+    {
+        box.emplace(boxOptions);
+        QTest::qVerify(box->isReady(), "ready", box->errorOutput(), __FILE__, __LINE__);
+    }
 
-/// What the user had typed is there and in the file, and typing goes on.
-void checkThatEditingWorks(const WindowFixture &ui)
+    MidiServer server;
+    std::optional<BoxProcess> box;
+};
+
+class Stage : public Surroundings, public WindowFixture
 {
-    // A dialog that is about to close takes the first clicks.
-    QTRY_VERIFY((ui.click("scriptTextArea"), ui.focusedName() == "Script editor"));
-    ui.press(Qt::Key_Home, Qt::ControlModifier);
-    ui.type("kept");
-    QTRY_VERIFY_WITH_TIMEOUT(ui.savedLibrary().value(0).text.startsWith("kept"),
-                             WindowFixture::TimeoutMs);
-}
+public:
+    explicit Stage(const QStringList &boxOptions, ServerAct atTheStart = nullptr)
+        : Surroundings(boxOptions, atTheStart)
+        , WindowFixture(Library{{.name = "SONG", .text = QString(6000, '#')}})
+    {}
+
+    /// Starts the service again, which the old box did not survive, and another box.
+    bool comeBack(const QStringList &boxOptions)
+    {
+        box.reset();
+        if (!server.start())
+            return false;
+        plugIn(boxOptions);
+        return isConnected();
+    }
+
+    [[nodiscard]] bool isConnected() const
+    {
+        // On a busy machine perhaps without its name, which then came too late.
+        return QTest::qWaitFor(
+            [&] { return value("connectedDeviceComboBox", "deviceConnected").toBool(); },
+            ReconnectTimeoutMs);
+    }
+
+    [[nodiscard]] bool isDisconnected() const
+    {
+        return QTest::qWaitFor(
+            [&] { return chosen(*this) == NotConnected && iconOpacity("sendIcon") == 0.2; },
+            TimeoutMs);
+    }
+
+    [[nodiscard]] bool logSays(const QString &line) const
+    {
+        return QTest::qWaitFor([&] { return text("messageTextArea").contains(line); }, TimeoutMs);
+    }
+
+    /// What the user had typed is there and in the file, and typing goes on.
+    void checkThatEditingWorks() const
+    {
+        // A dialog that is about to close takes the first clicks.
+        QTRY_VERIFY((click("scriptTextArea"), focusedName() == "Script editor"));
+        press(Qt::Key_Home, Qt::ControlModifier);
+        type("kept");
+        QTRY_VERIFY_WITH_TIMEOUT(savedLibrary().value(0).text.startsWith("kept"), TimeoutMs);
+    }
+
+    /// After a connection that came by itself, the box gets what is in the editor.
+    void checkThatSendingWorks()
+    {
+        QVERIFY(logSays(" connected\n"));
+        click("sendIcon");
+        QVERIFY(box->waitForLine("^script 6"));
+    }
+};
 
 } // namespace
 
@@ -72,168 +127,111 @@ private slots:
 
     void serverEnds_data()
     {
-        using Act = std::function<void(const WindowFixture &)>;
-        using End = void (MidiServer::*)();
-        QTest::addColumn<End>("end");
-        QTest::addColumn<Act>("act"); // right after, most likely before the editor noticed
-        const Act nothing = [](const WindowFixture &) {};
-        const Act read = [](const WindowFixture &ui) { ui.click("readIcon"); };
-        // More than the MIDI library's buffer holds, which nobody empties any more.
-        const Act send = [](const WindowFixture &ui) {
-            for (int i = 0; i < 4; ++i)
-                ui.click("sendIcon");
-        };
-        const Act scan = [](const WindowFixture &ui) { choose(ui, ScanEntry); };
-        QTest::newRow("ended, idle") << &MidiServer::end << nothing;
-        QTest::newRow("killed, idle") << &MidiServer::kill << nothing;
-        QTest::newRow("killed, reading") << &MidiServer::kill << read;
-        QTest::newRow("killed, sending") << &MidiServer::kill << send;
-        QTest::newRow("killed, scanning") << &MidiServer::kill << scan;
+        // The act comes right after, most likely before the editor noticed.
+        const Rows<ServerAct, Act> add;
+        add("ended, idle", &MidiServer::end, [](const WindowFixture &) {});
+        add("killed, idle", &MidiServer::kill, [](const WindowFixture &) {});
+        add("killed, reading", &MidiServer::kill,
+            [](const WindowFixture &ui) { ui.click("readIcon"); });
+        add("killed, sending", &MidiServer::kill, sendMuch);
+        add("killed, scanning", &MidiServer::kill,
+            [](const WindowFixture &ui) { choose(ui, ScanEntry); });
     }
 
     void serverEnds()
     {
-        using Act = std::function<void(const WindowFixture &)>;
-        using End = void (MidiServer::*)();
-        QFETCH(End, end);
-        QFETCH(Act, act);
-        MidiServer server;
-        QVERIFY(server.isRunning());
-        auto box = std::make_unique<BoxProcess>(BoxOptions);
-        QVERIFY(box->isReady());
-        const WindowFixture ui(OneLongScript);
-        QVERIFY(connectTo(ui, BoxName));
-
-        (server.*end)();
-        act(ui);
-        QVERIFY(isDisconnected(ui));
-        checkThatEditingWorks(ui);
-        box.reset();
-
-        QVERIFY(server.start());
-        box = std::make_unique<BoxProcess>(BoxOptions);
-        QVERIFY(box->isReady());
-        QVERIFY(isConnected(ui));
-        QVERIFY(logSays(ui, " connected\n"));
-        ui.click("sendIcon");
-        QVERIFY(box->waitForLine("^script 6"));
+        const auto [end, act] = row<ServerAct, Act>();
+        Stage stage(BoxOptions);
+        QVERIFY(connectTo(stage, BoxName));
+        (stage.server.*end)();
+        act(stage);
+        QVERIFY(stage.isDisconnected());
+        stage.checkThatEditingWorks();
+        QVERIFY(stage.comeBack(BoxOptions));
+        stage.checkThatSendingWorks();
     }
 
     void serverStops()
     {
-        MidiServer server;
-        QVERIFY(server.isRunning());
-        BoxProcess box(BoxOptions);
-        QVERIFY(box.isReady());
-        const WindowFixture ui(OneLongScript);
-        QVERIFY(connectTo(ui, BoxName));
-        server.pause();
-        for (int i = 0; i < 4; ++i)
-            ui.click("sendIcon");
-        QVERIFY(logSays(ui, "Error sending script."));
-        checkThatEditingWorks(ui);
-        server.resume();
-        QVERIFY(box.waitForLine("^script 6"));
+        Stage stage(BoxOptions);
+        QVERIFY(connectTo(stage, BoxName));
+        stage.server.pause();
+        sendMuch(stage);
+        QVERIFY(stage.logSays("Error sending script."));
+        stage.checkThatEditingWorks();
+        stage.server.resume();
+        QVERIFY(stage.box->waitForLine("^script 6"));
     }
 
     void serverEndsDuringAnUpdate()
     {
-        MidiServer server;
-        QVERIFY(server.isRunning());
-        const QStringList options{"--bootloader", "--name", "Stage", "--sysex-id", "5"};
-        auto box = std::make_unique<BoxProcess>(options);
-        QVERIFY(box->isReady());
-        const WindowFixture ui(OneLongScript);
-        const auto startUpdate = [&] {
-            ui.click(ui.itemSaying("OK"));
-            return QTest::qWaitFor([&] { return ui.isOpen("updateDialog"); });
-        };
-        const auto offersUpdate = [&] {
-            return QTest::qWaitFor([&] { return ui.itemSaying("OK") != nullptr; });
-        };
-        QVERIFY(scanFor(ui, BoxName) && choose(ui, BoxName));
-        QVERIFY(offersUpdate());
-        QVERIFY(startUpdate());
-        QVERIFY(box->waitForLine("^received update-data"));
-        server.kill();
-        ui.press(Qt::Key_Escape);
-        QVERIFY(ui.isOpen("updateDialog"));
-        ui.click(ui.itemSaying("Cancel"));
-        QTRY_VERIFY(!ui.isOpen("updateDialog"));
-        QVERIFY(isDisconnected(ui));
-        checkThatEditingWorks(ui);
-        box.reset();
+        const QStringList options = BoxOptions + QStringList{"--bootloader"};
+        Stage stage(options);
+        QVERIFY(startUpdate(stage));
+        QVERIFY(stage.box->waitForLine("^received update-data"));
+        stage.server.kill();
+        stage.press(Qt::Key_Escape);
+        QVERIFY(stage.isOpen("updateDialog"));
+        stage.click(stage.itemSaying("Cancel"));
+        QVERIFY(stage.closes("updateDialog"));
+        QVERIFY(stage.isDisconnected());
+        stage.checkThatEditingWorks();
 
-        QVERIFY(server.start());
-        box = std::make_unique<BoxProcess>(options + QStringList{"--restart-ms", "200"});
-        QVERIFY(box->isReady());
-        QVERIFY(isConnected(ui));
-        QVERIFY(scanFor(ui, BoxName) && choose(ui, BoxName));
-        QVERIFY(offersUpdate());
-        QVERIFY(startUpdate());
-        QVERIFY(box->waitForLine("^firmware complete", 120000));
-        QVERIFY(box->waitForLine("^started version=1.1.1"));
-        QVERIFY(isConnected(ui));
+        QVERIFY(stage.comeBack(options + QStringList{"--restart-ms", "200"}));
+        QVERIFY(startUpdate(stage));
+        QVERIFY(stage.box->waitForLine("^firmware complete", 120000));
+        QVERIFY(stage.box->waitForLine("^started version=1.1.1"));
+        QVERIFY(stage.isConnected());
     }
 
     void serverComesAfterTheEditor()
     {
-        MidiServer server;
-        server.end();
-        const WindowFixture ui(OneLongScript);
-        QCOMPARE(chosen(ui), NotConnected);
-        checkThatEditingWorks(ui);
-        QVERIFY(server.start());
-        const BoxProcess box(BoxOptions);
-        QVERIFY(box.isReady());
-        QVERIFY(isConnected(ui));
-        QVERIFY(logSays(ui, " connected\n"));
+        Stage stage({}, &MidiServer::end);
+        QCOMPARE(chosen(stage), NotConnected);
+        stage.checkThatEditingWorks();
+        QVERIFY(stage.comeBack(BoxOptions));
+        QVERIFY(stage.logSays(" connected\n"));
     }
 
     void serverDoesNotAnswerAtTheStart()
     {
-        MidiServer server;
-        QVERIFY(server.isRunning());
-        BoxProcess box(BoxOptions);
-        QVERIFY(box.isReady());
-        server.pause();
-        const WindowFixture ui(OneLongScript);
-        QCOMPARE(chosen(ui), NotConnected);
-        checkThatEditingWorks(ui);
-        server.resume();
-        QVERIFY(isConnected(ui));
-        QVERIFY(logSays(ui, " connected\n"));
+        Stage stage(BoxOptions, &MidiServer::pause);
+        QCOMPARE(chosen(stage), NotConnected);
+        stage.checkThatEditingWorks();
+        stage.server.resume();
+        QVERIFY(stage.isConnected());
+        QVERIFY(stage.logSays(" connected\n"));
     }
 
     void boxIsUnpluggedAndComesBack()
     {
-        MidiServer server;
-        QVERIFY(server.isRunning());
-        BoxProcess box(BoxOptions);
-        QVERIFY(box.isReady());
-        const WindowFixture ui(OneLongScript);
-        QVERIFY(connectTo(ui, BoxName));
-        box.send("unplug");
-        QVERIFY(isDisconnected(ui));
-        QVERIFY(logSays(ui, "Stage:5 disconnected\n"));
-        ui.takePicture("unplugged");
+        Stage stage(BoxOptions);
+        QVERIFY(connectTo(stage, BoxName));
+        stage.box->send("unplug");
+        QVERIFY(stage.isDisconnected());
+        QVERIFY(stage.logSays("Stage:5 disconnected\n"));
+        stage.takePicture("unplugged");
         // What cannot be connected is not offered, either.
-        ui.click("connectedDeviceComboBox");
-        QTRY_VERIFY(ui.itemSaying(ScanEntry));
-        QVERIFY(!ui.itemSaying(BoxName));
-        ui.press(Qt::Key_Escape);
+        stage.click("connectedDeviceComboBox");
+        QTRY_VERIFY(stage.itemSaying(ScanEntry));
+        QVERIFY(!stage.itemSaying(BoxName));
+        stage.press(Qt::Key_Escape);
 
-        box.send("plug");
-        QVERIFY(isConnected(ui));
-        QVERIFY(logSays(ui, " connected\n"));
-        ui.click("sendIcon");
-        QVERIFY(box.waitForLine("^script 6"));
+        stage.box->send("plug");
+        QVERIFY(stage.isConnected());
+        stage.checkThatSendingWorks();
+    }
+
+private:
+    static bool startUpdate(const WindowFixture &ui)
+    {
+        if (!scanFor(ui, BoxName) || !choose(ui, BoxName) ||
+            !QTest::qWaitFor([&] { return ui.itemSaying("OK") != nullptr; }))
+            return false;
+        ui.click(ui.itemSaying("OK"));
+        return QTest::qWaitFor([&] { return ui.isOpen("updateDialog"); });
     }
 };
 
-int main(int argc, char *argv[])
-{
-    ServiceFaultsTest test;
-    return runWindowTests(test, argc, argv);
-}
+WINDOW_TEST_MAIN(ServiceFaultsTest)
 #include "tst_servicefaults.moc"

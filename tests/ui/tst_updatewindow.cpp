@@ -1,10 +1,8 @@
-#include "support/BoxProcess.h"
 #include "ui/BoxWindow.h"
 
 #include <QRegularExpression>
 
 using namespace boxwindow;
-using testsupport::BoxProcess;
 
 /// What a user sees of a firmware update. The procedure itself is tested without a window.
 class UpdateWindowTest : public QObject
@@ -16,9 +14,7 @@ private slots:
 
     void asksBeforeAnUpdate()
     {
-        const BoxProcess box({"--version", "1.1.0"});
-        QVERIFY(box.isReady());
-        const WindowFixture ui;
+        const WindowWithBox ui({"--version", "1.1.0"});
         QVERIFY(offerUpdate(ui));
         QVERIFY(ui.itemSaying("Update Needed"));
         QVERIFY(ui.accessibleNames().contains("Update Needed", QAccessible::StaticText));
@@ -30,41 +26,31 @@ private slots:
         QCOMPARE(chosen(ui), NotConnected);
         QCOMPARE(ui.value("connectedDeviceComboBox", "currentIndex").toInt(), 0);
         QCOMPARE(ui.iconOpacity("sendIcon"), 0.2);
-        QVERIFY(box.lines().filter("update-request").isEmpty());
+        QVERIFY(ui.box.lines().filter("update-request").isEmpty());
     }
 
     void cancelsAnUpdate()
     {
-        BoxProcess box({"--bootloader"});
-        QVERIFY(box.isReady());
-        const WindowFixture ui;
-        QVERIFY(startSlowUpdate(ui, box));
+        WindowWithBox ui({"--bootloader"});
+        QVERIFY(startSlowUpdate(ui));
         QTRY_VERIFY(ui.value("updateProgress", "value").toReal() > 0);
-        QVERIFY(QTest::qWaitFor(
-            [&] {
-                static const QRegularExpression amount(R"(^\d+ of 49 KiB, about \d+ s left$)");
-                return ui.item("updateAmountText") &&
-                       amount.match(ui.text("updateAmountText")).hasMatch();
-            },
-            WindowFixture::TimeoutMs));
+        const QRegularExpression amount(R"(^\d+ of 49 KiB, about \d+ s left$)");
+        QTRY_VERIFY_WITH_TIMEOUT(ui.item("updateAmountText") &&
+                                     ui.text("updateAmountText").contains(amount),
+                                 WindowFixture::TimeoutMs);
         const auto names = ui.accessibleNames();
         QVERIFY(names.contains("Firmware Update", QAccessible::StaticText));
         QVERIFY(names.contains("Status", QAccessible::StaticText));
         QVERIFY(names.contains("Progress", QAccessible::ProgressBar));
         ui.takePicture("update-progress");
-        ui.press(Qt::Key_Escape);
-        QVERIFY(ui.isOpen("updateDialog"));
-        ui.click(ui.itemSaying("Cancel"));
-        QTRY_VERIFY(!ui.isOpen("updateDialog"));
-        QVERIFY(box.waitForLine("^received update-cancel"));
+        QVERIFY(cancelClosesTheDialog(ui));
+        QVERIFY(ui.box.waitForLine("^received update-cancel"));
     }
 
     void closesInATransferWhenToldTwice()
     {
-        BoxProcess box({"--bootloader"});
-        QVERIFY(box.isReady());
-        const WindowFixture ui;
-        QVERIFY(startSlowUpdate(ui, box));
+        WindowWithBox ui({"--bootloader"});
+        QVERIFY(startSlowUpdate(ui));
         QVERIFY(!ui.item("updateCloseNote"));
         ui.window()->close();
         QVERIFY(ui.window()->isVisible());
@@ -73,14 +59,12 @@ private slots:
         ui.takePicture("update-close");
         ui.window()->close();
         QTRY_VERIFY(!ui.window()->isVisible());
-        QVERIFY(box.waitForLine("^received update-cancel"));
+        QVERIFY(ui.box.waitForLine("^received update-cancel"));
     }
 
     void keepsAnErrorInSight()
     {
-        const BoxProcess box({"--bootloader", "--ask-beyond-end", "20"});
-        QVERIFY(box.isReady());
-        const WindowFixture ui;
+        const WindowWithBox ui({"--bootloader", "--ask-beyond-end", "20"});
         QTest::ignoreMessage(QtWarningMsg,
                              QRegularExpression("^the position lies beyond the end of the image"));
         QVERIFY(offerUpdate(ui));
@@ -88,26 +72,21 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(ui.text("updateStatusText"), "Bad update position request.",
                                   WindowFixture::TimeoutMs);
         ui.takePicture("update-error");
-        ui.press(Qt::Key_Escape);
-        QVERIFY(ui.isOpen("updateDialog"));
-        ui.click(ui.itemSaying("Cancel"));
-        QTRY_VERIFY(!ui.isOpen("updateDialog"));
+        QVERIFY(cancelClosesTheDialog(ui));
     }
 
     void updatesAndConnects()
     {
-        BoxProcess box({"--version", "1.1.0", "--restart-ms", "200"});
-        QVERIFY(box.isReady());
-        const WindowFixture ui;
+        WindowWithBox ui({"--version", "1.1.0", "--restart-ms", "200"});
         QVERIFY(offerUpdate(ui));
         ui.press(Qt::Key_Return);
         QTRY_VERIFY(ui.isOpen("updateDialog"));
-        QVERIFY(box.waitForLine("^started bootloader"));
-        QVERIFY(box.waitForLine("^firmware complete", 120000));
-        QTRY_VERIFY(!ui.isOpen("updateDialog"));
-        QVERIFY(box.waitForLine("^started version=1.1.1"));
+        QVERIFY(ui.box.waitForLine("^started bootloader"));
+        QVERIFY(ui.box.waitForLine("^firmware complete", 120000));
+        QVERIFY(ui.closes("updateDialog"));
+        QVERIFY(ui.box.waitForLine("^started version=1.1.1"));
         QTRY_COMPARE(chosen(ui), "Ostrel:0");
-        QVERIFY(box.lines().filter("update-cancel").isEmpty());
+        QVERIFY(ui.box.lines().filter("update-cancel").isEmpty());
     }
 
 private:
@@ -125,22 +104,25 @@ private:
     }
 
     /// Updates the box, which from now on takes its time.
-    static bool startSlowUpdate(const WindowFixture &ui, BoxProcess &box)
+    static bool startSlowUpdate(WindowWithBox &ui)
     {
-        if (!offerUpdate(ui))
-            return false;
-        box.send("faults --slow 300");
-        if (!box.waitForLine("^faults"))
+        if (!offerUpdate(ui) || !ui.box.obeys("faults --slow 300", "^faults"))
             return false;
         ui.click(ui.itemSaying("OK"));
         return QTest::qWaitFor([&] { return ui.text("updateStatusText") == "Update in progress"; },
                                WindowFixture::TimeoutMs);
     }
+
+    /// Whether Cancel does, and Escape does not.
+    static bool cancelClosesTheDialog(const WindowFixture &ui)
+    {
+        ui.press(Qt::Key_Escape);
+        if (!ui.isOpen("updateDialog"))
+            return false;
+        ui.click(ui.itemSaying("Cancel"));
+        return ui.closes("updateDialog");
+    }
 };
 
-int main(int argc, char *argv[])
-{
-    UpdateWindowTest test;
-    return runWindowTests(test, argc, argv);
-}
+WINDOW_TEST_MAIN(UpdateWindowTest)
 #include "tst_updatewindow.moc"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "scripts/LibraryDocument.h"
+
 #include <QDir>
 #include <QFile>
 #include <QStandardPaths>
@@ -9,6 +11,8 @@
 class LibraryHome
 {
 public:
+    static inline const QString FileName = QStringLiteral("OSTScripts.json");
+
     LibraryHome()
     {
         qputenv("XDG_DATA_HOME", QFile::encodeName(m_folder.path()));
@@ -20,20 +24,26 @@ public:
         return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
     }
 
-    [[nodiscard]] QString path(const QString &name = QStringLiteral("OSTScripts.json")) const
+    [[nodiscard]] QString path(const QString &name = FileName) const
     {
         return folder() + u'/' + name;
     }
 
-    [[nodiscard]] QByteArray read(const QString &name = QStringLiteral("OSTScripts.json")) const
+    [[nodiscard]] QByteArray read(const QString &name = FileName) const
     {
         QFile file(path(name));
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
-    void write(const QByteArray &bytes) const
+    /// The scripts in a file; none where it is no library.
+    [[nodiscard]] QList<scripts::Script> library(const QString &name = FileName) const
     {
-        QFile file(path());
+        return scripts::readLibrary(read(name)).scripts.value_or(QList<scripts::Script>());
+    }
+
+    void write(const QByteArray &bytes, const QString &name = FileName) const
+    {
+        QFile file(path(name));
         if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
             qFatal("The test's own file cannot be written");
     }
