@@ -1,5 +1,6 @@
 #include "e2e/EditorProcess.h"
 
+#include "scripts/LibraryDocument.h"
 #include "support/ChildProcess.h"
 
 #include <QDir>
@@ -86,6 +87,19 @@ QString EditorProcess::libraryPath() const
 QString EditorProcess::settingsPath() const
 {
     return homePath("config/ZEVMusicTechnology/Ostrel Editor.conf");
+}
+
+void hideMidiServices()
+{
+    qputenv("JACK_DEFAULT_SERVER", "no-such-server");
+    qputenv("JACK_NO_START_SERVER", "1");
+    qunsetenv("OSTREL_MIDI_API");
+}
+
+int scriptsIn(const QString &path)
+{
+    const auto scripts = scripts::readLibrary(contentOf(path)).scripts;
+    return scripts ? static_cast<int>(scripts->size()) : -1;
 }
 
 QByteArray contentOf(const QString &path)

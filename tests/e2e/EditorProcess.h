@@ -10,8 +10,7 @@ class EditorProcess
 public:
     EditorProcess();
     ~EditorProcess();
-    EditorProcess(const EditorProcess &) = delete;
-    EditorProcess &operator=(const EditorProcess &) = delete;
+    Q_DISABLE_COPY_MOVE(EditorProcess)
 
     /// For the next start.
     void setEnvironment(const QString &name, const QString &value);
@@ -40,6 +39,11 @@ private:
     bool m_isKilled = false;
 };
 
+/// From here on, an editor finds no MIDI service unless the test has one of its own.
+void hideMidiServices();
+
+/// How many scripts a library file holds, -1 where it is none.
+[[nodiscard]] int scriptsIn(const QString &path);
 /// All of a file; empty where there is none.
 [[nodiscard]] QByteArray contentOf(const QString &path);
 /// Writes a file and the folders above it. False when that failed.

@@ -2,14 +2,13 @@
 #include "scripts/LibraryDocument.h"
 #include "support/BoxProcess.h"
 #include "support/MidiServer.h"
+#include "support/Rows.h"
 
 #include <QDir>
 #include <QFileSystemWatcher>
 #include <QJsonDocument>
-#include <QTest>
 
-using testsupport::BoxProcess;
-using testsupport::MidiServer;
+using namespace testsupport;
 
 namespace
 {
@@ -28,12 +27,6 @@ QByteArray bigLibrary()
     const QString text = QString("print(1)\n").repeated(600);
     const QList<scripts::Script> list(BigLibrarySize, {"My script", text});
     return QJsonDocument::fromJson(scripts::writeLibrary(list)).toJson(QJsonDocument::Compact);
-}
-
-int scriptsIn(const QByteArray &library)
-{
-    const auto scripts = scripts::readLibrary(library).scripts;
-    return scripts ? static_cast<int>(scripts->size()) : -1;
 }
 
 /// The editor beside boxes on a MIDI service of their own.
@@ -57,46 +50,24 @@ class TestProgram : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        // Where a test has no service of its own, the editor finds none.
-        qputenv("JACK_DEFAULT_SERVER", "no-such-server");
-        qputenv("JACK_NO_START_SERVER", "1");
-        qunsetenv("OSTREL_MIDI_API");
-    }
+    void initTestCase() { hideMidiServices(); }
 
     void findsABox_data()
     {
-        QTest::addColumn<QString>("variable");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QString>("logged");
-        QTest::newRow("named service") << "OSTREL_MIDI_API"
-                                       << "jack"
-                                       << "";
-        QTest::newRow("any service") << "OSTREL_MIDI_API"
-                                     << ""
-                                     << "";
-        QTest::newRow("unknown service") << "OSTREL_MIDI_API"
-                                         << "harp"
-                                         << "ostrel.midi: OSTREL_MIDI_API names no MIDI back end "
-                                            "of this build: \"harp\"";
+        const Rows<QString, QString, QString> add; // a variable, its value, what is logged
+        add("named service", "OSTREL_MIDI_API", "jack", "");
+        add("any service", "OSTREL_MIDI_API", "", "");
+        add("unknown service", "OSTREL_MIDI_API", "harp",
+            "ostrel.midi: OSTREL_MIDI_API names no MIDI back end of this build: \"harp\"");
         // Below a file there can be no folder, and nobody may write in this one, not even root.
-        QTest::newRow("no home") << "XDG_DATA_HOME"
-                                 << "/dev/null/data"
-                                 << "";
-        QTest::newRow("home that cannot be written") << "XDG_DATA_HOME"
-                                                     << "/proc/1"
-                                                     << "";
-        QTest::newRow("no settings folder") << "XDG_CONFIG_HOME"
-                                            << "/dev/null/config"
-                                            << "";
+        add("no home", "XDG_DATA_HOME", "/dev/null/data", "");
+        add("home that cannot be written", "XDG_DATA_HOME", "/proc/1", "");
+        add("no settings folder", "XDG_CONFIG_HOME", "/dev/null/config", "");
     }
 
     void findsABox()
     {
-        QFETCH(QString, variable);
-        QFETCH(QString, value);
-        QFETCH(QString, logged);
+        const auto [variable, value, logged] = row<QString, QString, QString>();
         Stage stage;
         QVERIFY2(stage.server.isRunning(), stage.server.output());
         QVERIFY2(stage.box.isReady(), stage.box.errorOutput());
@@ -106,16 +77,6 @@ private slots:
         QVERIFY(stage.box.waitForLine("^received identity-request$", TimeoutMs));
         QTRY_COMPARE(editor.log().join('\n'), logged);
         QCOMPARE(editor.process().state(), QProcess::Running);
-    }
-
-    void startsWithoutAMidiService()
-    {
-        EditorProcess editor;
-        QVERIFY(editor.start());
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(editor.libraryPath()), TimeoutMs);
-        QCOMPARE(scriptsIn(contentOf(editor.libraryPath())), 5);
-        QCOMPARE(editor.process().state(), QProcess::Running);
-        QVERIFY2(editor.log().size() <= 1, qPrintable(editor.log().join('\n')));
     }
 
     void endsWhenItHasNoWindow()
@@ -136,23 +97,19 @@ private slots:
 
     void connectsToTheStoredBox_data()
     {
-        QTest::addColumn<QByteArray>("settings");
-        QTest::addColumn<int>("connected");
-        QTest::newRow("first run") << QByteArray() << NoReference;
-        QTest::newRow("the second")
-            << QByteArray("[General]\nzevost_lastproduct=6657\n") << SecondReference;
-        QTest::newRow("damaged") << QByteArray("\x7F"
-                                               "ELF\0[[%%=\xFF\n",
-                                               11)
-                                 << NoReference;
-        for (const QByteArray value : {"third", "a, b", "-1", "4294973953", "@Variant(\\0\\x7F)"})
-            QTest::newRow(value) << "[General]\nzevost_lastproduct=" + value + '\n' << NoReference;
+        const QByteArray stored = "[General]\nzevost_lastproduct=";
+        const Rows<QByteArray, int> add;
+        add("first run", {}, NoReference);
+        add("the second", stored + "6657\n", SecondReference);
+        add("damaged", QByteArray("\x7F/ELF\0[[%%=\xFF\n", 12), NoReference);
+        for (const char *value : {"third", "a, b", "-1", "4294973953", "@Variant(\\0\\x7F)"})
+            add(value, stored + value + '\n', NoReference);
     }
 
     void connectsToTheStoredBox()
     {
-        QFETCH(QByteArray, settings);
-        QFETCH(int, connected);
+        const auto [stored, connected] = row<QByteArray, int>();
+        const QByteArray settings = stored;
         // The one scan at the start listens for 200 ms, which a busy machine may exceed.
         QString logged;
         QByteArray settingsAfter;
@@ -179,7 +136,7 @@ private slots:
         const QByteArray damaged = bigLibrary().chopped(3);
         QVERIFY(writeFile(editor.libraryPath(), damaged));
         QVERIFY(editor.start());
-        QTRY_COMPARE_WITH_TIMEOUT(scriptsIn(contentOf(editor.libraryPath())), 5, TimeoutMs);
+        QTRY_COMPARE_WITH_TIMEOUT(scriptsIn(editor.libraryPath()), 5, TimeoutMs);
         QCOMPARE(contentOf(editor.libraryFolder() + "/OSTScripts.damaged-1.json"), damaged);
     }
 
@@ -194,7 +151,7 @@ private slots:
             QVERIFY(editor.start());
             QTRY_COMPARE_WITH_TIMEOUT(editor.process().state(), QProcess::NotRunning, TimeoutMs);
             QCOMPARE(editor.process().exitStatus(), QProcess::CrashExit);
-            QCOMPARE(scriptsIn(contentOf(editor.libraryPath())), BigLibrarySize);
+            QCOMPARE(scriptsIn(editor.libraryPath()), BigLibrarySize);
             // Such a file is written anew at each start.
             QVERIFY(writeFile(editor.libraryPath(), bigLibrary()));
         }

@@ -2,14 +2,13 @@
 #include "firmware/FirmwareUpdate.h"
 #include "support/BoxProcess.h"
 #include "support/MidiServer.h"
+#include "support/Rows.h"
 
 #include <QCoreApplication>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QTest>
 
-using testsupport::BoxProcess;
-using testsupport::MidiServer;
+using namespace testsupport;
 using State = FirmwareUpdate::State;
 
 namespace
@@ -18,6 +17,10 @@ namespace
 constexpr int TimeoutMs = 60000;
 constexpr int Reference = OstrelProductId << 8;
 constexpr int SecondReference = Reference + 1;
+
+const QString InputPort = "MIDIIN4 (Ostrel)";
+const QStringList Running{"--version", "1.1.0"};
+const QStringList InBootloader{"--bootloader"};
 
 const QString Entering = "status Entering bootloader";
 const QString Waiting = "status Waiting for device to be ready";
@@ -30,20 +33,21 @@ const QStringList Updated = QStringList{Waiting, InProgress} + Finished;
 class Editor
 {
 public:
-    explicit Editor(const QString &inputPortName = "MIDIIN4 (Ostrel)")
+    explicit Editor(const QString &inputPortName)
     {
         updater.setMidiObj(&m_link);
         m_list.setMidiObj(&m_link);
         m_list.addProductIDToList(OstrelProductId);
         m_list.setInputPortName(inputPortName);
         m_list.setOutputPortName("MIDIOUT6 (Ostrel)");
-        QObject::connect(&updater, &FirmwareUpdate::statusChanged, &updater,
+        using Update = FirmwareUpdate;
+        QObject::connect(&updater, &Update::statusChanged, &updater,
                          [this](const QString &text) { say("status " + text); });
-        QObject::connect(&updater, &FirmwareUpdate::updateError, &updater,
+        QObject::connect(&updater, &Update::updateError, &updater,
                          [this](const QString &text) { say("error " + text); });
-        QObject::connect(&updater, &FirmwareUpdate::updateCompleted, &updater,
+        QObject::connect(&updater, &Update::updateCompleted, &updater,
                          [this] { say("completed"); });
-        QObject::connect(&updater, &FirmwareUpdate::progressChanged, &updater, [this](float value) {
+        QObject::connect(&updater, &Update::progressChanged, &updater, [this](float value) {
             if (value >= 1.0F)
                 say(QString("progress %1").arg(double(value)));
         });
@@ -64,8 +68,6 @@ public:
         received = 0;
         return true;
     }
-
-    [[nodiscard]] bool needsUpdate() { return updater.deviceNeedsUpdate(); }
 
     /// Lets the updater look for a box that is in its bootloader by now. A busy machine may miss
     /// both looks; like a user, this starts over then.
@@ -105,13 +107,70 @@ private:
     ConnectedDeviceListModel m_list;
 };
 
-QStringList boxArguments(const QStringList &more)
+/// A box and the editor that has chosen it, which is to update it.
+class Stage
 {
-    return QStringList{"--restart-ms", "100", "--expect-firmware", OSTREL_FIRMWARE_PAYLOAD} + more;
-}
+public:
+    explicit Stage(const QStringList &boxArguments, int reference = Reference,
+                   const QString &inputPortName = InputPort)
+        : box(QStringList{"--restart-ms", "100", "--expect-firmware", OSTREL_FIRMWARE_PAYLOAD} +
+              boxArguments)
+        , editor(inputPortName)
+    {
+        const bool ready =
+            box.isReady() && editor.choose(reference) && editor.updater.deviceNeedsUpdate();
+        QTest::qVerify(ready, "ready", box.errorOutput(), __FILE__, __LINE__);
+    }
 
-const QStringList Running{"--version", "1.1.0"};
-const QStringList InBootloader{"--bootloader"};
+    /// Whether the box restarts into its bootloader and is seen there.
+    [[nodiscard]] bool entersBootloader()
+    {
+        return box.waitForLine("^plugged$") && editor.seeBootloader();
+    }
+
+    /// Waits for the end of a transfer, and for the box with its new firmware.
+    void complete()
+    {
+        QTRY_COMPARE_WITH_TIMEOUT(editor.said, Updated, TimeoutMs);
+        QCOMPARE(editor.updater.updateState(), State::Finishing);
+        QVERIFY(box.waitForLine("^firmware done param1=1 param2=1$"));
+        QVERIFY(box.waitForLine("^firmware complete .* match=yes$"));
+        QVERIFY(box.waitForLine("^started version=1.1.1$"));
+        settle();
+        QCOMPARE(editor.versionOfBox(), "1.1.1");
+        QVERIFY(!editor.updater.deviceNeedsUpdate());
+    }
+
+    /// The end of an update, with which no cancel interferes.
+    void settle()
+    {
+        const QStringList before = editor.said;
+        editor.updater.cancelUpdate();
+        QCOMPARE(editor.updater.updateState(), State::Finishing);
+        editor.updater.timerDone();
+        QCOMPARE(editor.updater.updateState(), State::Idle);
+        editor.updater.cancelUpdate();
+        QCOMPARE(editor.updater.updateState(), State::Idle);
+        QCOMPARE(editor.said, before);
+    }
+
+    /// After an update that failed: the box is healthy now and somewhere on the bus.
+    void updateAgain()
+    {
+        QVERIFY(box.obeys("faults", "^faults $"));
+        QVERIFY(editor.choose());
+        QVERIFY(editor.updater.deviceNeedsUpdate());
+        editor.updater.startUpdate();
+        if (editor.updater.updateState() == State::EnteringBootloader) {
+            QVERIFY(entersBootloader());
+            QCOMPARE(editor.said.takeFirst(), Entering);
+        }
+        complete();
+    }
+
+    BoxProcess box;
+    Editor editor;
+};
 
 } // namespace
 
@@ -122,249 +181,127 @@ class TestUpdate : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
+    void completes_data()
     {
-        m_server = std::make_unique<MidiServer>();
-        QVERIFY2(m_server->isRunning(), m_server->output());
+        // The last is a line of the box, the sign that the fault has struck.
+        const Rows<QStringList, QString, QString, QString> add;
+        add("running box", Running, InputPort, "", "^received update-request");
+        add("bootloader", InBootloader, InputPort, "", "update-data position=0 ");
+        add("bootloader on other ports", InBootloader, "Gone", "", "update-data");
+        add("block lost", InBootloader, InputPort, "--drop-block 3",
+            "^firmware asks position=1024 reason=dropped$");
+        add("nine requests", InBootloader, InputPort, "--repeat-request 9",
+            "^firmware asks position=0 reason=repeated$");
+        add("answers twice", InBootloader, InputPort, "--twice", "^sent update-response");
+        add("other messages", InBootloader, InputPort, "--flood 2", "^sent other");
     }
 
-    void cleanupTestCase() { m_server.reset(); }
-
-    void completes_data();
-    void completes();
-    void endsWithAnError_data();
-    void endsWithAnError();
-    void stopsOnTheWay_data();
-    void stopsOnTheWay();
-    void leavesTheSecondBoxAlone();
-
-private:
-    void complete(Editor &editor, BoxProcess &box);
-    void settle(Editor &editor);
-    void updateAgain(Editor &editor, BoxProcess &box);
-
-    std::unique_ptr<MidiServer> m_server;
-};
-
-/// Waits for the end of a transfer, and for the box with its new firmware.
-void TestUpdate::complete(Editor &editor, BoxProcess &box)
-{
-    QTRY_COMPARE_WITH_TIMEOUT(editor.said, Updated, TimeoutMs);
-    QCOMPARE(editor.updater.updateState(), State::Finishing);
-    QVERIFY(box.waitForLine("^firmware done param1=1 param2=1$"));
-    QVERIFY(box.waitForLine("^firmware complete .* match=yes$"));
-    QVERIFY(box.waitForLine("^started version=1.1.1$"));
-    settle(editor);
-    QCOMPARE(editor.versionOfBox(), "1.1.1");
-    QVERIFY(!editor.needsUpdate());
-}
-
-void TestUpdate::settle(Editor &editor)
-{
-    const QStringList before = editor.said;
-    editor.updater.cancelUpdate();
-    QCOMPARE(editor.updater.updateState(), State::Finishing);
-    editor.updater.timerDone();
-    QCOMPARE(editor.updater.updateState(), State::Idle);
-    editor.updater.cancelUpdate();
-    QCOMPARE(editor.updater.updateState(), State::Idle);
-    QCOMPARE(editor.said, before);
-}
-
-/// After an update that failed: the box is healthy now and somewhere on the bus.
-void TestUpdate::updateAgain(Editor &editor, BoxProcess &box)
-{
-    box.send("faults");
-    QVERIFY(box.waitForLine("^faults $"));
-    QVERIFY(editor.choose());
-    QVERIFY(editor.needsUpdate());
-    editor.updater.startUpdate();
-    if (editor.updater.updateState() == State::EnteringBootloader) {
-        QVERIFY(box.waitForLine("^plugged$"));
-        QVERIFY(editor.seeBootloader());
-        QCOMPARE(editor.said.takeFirst(), Entering);
+    void completes()
+    {
+        const auto [arguments, inputPort, faults, line] =
+            row<QStringList, QString, QString, QString>();
+        Stage stage(arguments, Reference, inputPort);
+        QVERIFY(stage.box.obeys("faults " + faults, "^faults "));
+        stage.editor.updater.startUpdate();
+        QVERIFY(stage.box.waitForLine(line));
+        if (arguments == Running) {
+            QVERIFY(stage.box.waitForLine("^started bootloader$"));
+            QVERIFY(stage.entersBootloader());
+            QCOMPARE(stage.editor.said.takeFirst(), Entering);
+        }
+        stage.complete();
     }
-    complete(editor, box);
-}
 
-void TestUpdate::completes_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("inputPort");
-    QTest::addColumn<QString>("faults");
-    QTest::addColumn<QString>("line"); // of the box, the sign that the fault has struck
-    const QString port = "MIDIIN4 (Ostrel)";
-    QTest::newRow("running box") << Running << port << ""
-                                 << "^received update-request";
-    QTest::newRow("bootloader") << InBootloader << port << ""
-                                << "update-data position=0 ";
-    QTest::newRow("bootloader on other ports") << InBootloader << "Gone"
-                                               << ""
-                                               << "update-data";
-    QTest::newRow("block lost") << InBootloader << port << "--drop-block 3"
-                                << "^firmware asks position=1024 reason=dropped$";
-    QTest::newRow("nine requests") << InBootloader << port << "--repeat-request 9"
-                                   << "^firmware asks position=0 reason=repeated$";
-    QTest::newRow("answers twice") << InBootloader << port << "--twice"
-                                   << "^sent update-response";
-    QTest::newRow("other messages") << InBootloader << port << "--flood 2"
-                                    << "^sent other";
-}
-
-void TestUpdate::completes()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QString, inputPort);
-    QFETCH(QString, faults);
-    QFETCH(QString, line);
-    BoxProcess box(boxArguments(arguments));
-    QVERIFY2(box.isReady(), box.errorOutput());
-    Editor editor(inputPort);
-    QVERIFY(editor.choose());
-    QVERIFY(editor.needsUpdate());
-    box.send("faults " + faults);
-    QVERIFY(box.waitForLine("^faults "));
-
-    editor.updater.startUpdate();
-    QVERIFY(box.waitForLine(line));
-    if (arguments == Running) {
-        QVERIFY(box.waitForLine("^started bootloader$"));
-        QVERIFY(box.waitForLine("^plugged$"));
-        QVERIFY(editor.seeBootloader());
-        QCOMPARE(editor.said.takeFirst(), Entering);
+    void endsWithAnError_data()
+    {
+        const QStringList timedOut{Waiting, InProgress, "error Update timed out"};
+        // The second is a line of the box, after which only the timer helps.
+        const Rows<QString, QString, QStringList, State> add;
+        add("ten requests", "--repeat-request 10", "", {Waiting, "error Update timed out."},
+            State::Updating);
+        add("asks beyond the end", "--ask-beyond-end 4", "",
+            {Waiting, InProgress, "error Bad update position request."}, State::Updating);
+        add("falls silent", "--silent-at 2", "^firmware silent block=2$", timedOut,
+            State::Finishing);
+        add("unplugged", "--unplug-at 3", "^unplugged$", timedOut, State::Finishing);
+        add("answers for another box", "--foreign-sysex-id", "^sent update-response",
+            {Waiting, "error Update timed out"}, State::Finishing);
     }
-    complete(editor, box);
-}
 
-void TestUpdate::endsWithAnError_data()
-{
-    QTest::addColumn<QString>("faults");
-    QTest::addColumn<QString>("stuck"); // line of the box, after which only the timer helps
-    QTest::addColumn<QStringList>("said");
-    QTest::addColumn<State>("state");
-    const QStringList timedOut{Waiting, InProgress, "error Update timed out"};
-    QTest::newRow("ten requests") << "--repeat-request 10" << QString()
-                                  << QStringList{Waiting, "error Update timed out."}
-                                  << State::Updating;
-    QTest::newRow("asks beyond the end")
-        << "--ask-beyond-end 4" << QString()
-        << QStringList{Waiting, InProgress, "error Bad update position request."}
-        << State::Updating;
-    QTest::newRow("falls silent") << "--silent-at 2"
-                                  << "^firmware silent block=2$" << timedOut << State::Finishing;
-    QTest::newRow("unplugged") << "--unplug-at 3"
-                               << "^unplugged$" << timedOut << State::Finishing;
-    QTest::newRow("answers for another box")
-        << "--foreign-sysex-id"
-        << "^sent update-response" << QStringList{Waiting, "error Update timed out"}
-        << State::Finishing;
-}
-
-void TestUpdate::endsWithAnError()
-{
-    QFETCH(QString, faults);
-    QFETCH(QString, stuck);
-    QFETCH(QStringList, said);
-    QFETCH(State, state);
-    BoxProcess box(boxArguments(InBootloader));
-    QVERIFY2(box.isReady(), box.errorOutput());
-    Editor editor;
-    QVERIFY(editor.choose());
-    QVERIFY(editor.needsUpdate());
-    box.send("faults " + faults);
-    QVERIFY(box.waitForLine("^faults "));
-
-    editor.updater.startUpdate();
-    if (!stuck.isEmpty()) {
-        QVERIFY(box.waitForLine(stuck));
-        QTRY_VERIFY(editor.received > 0);
-        QTRY_COMPARE(editor.said, said.first(said.size() - 1));
-        editor.updater.timerDone();
-    }
-    QTRY_COMPARE_WITH_TIMEOUT(editor.said, said, TimeoutMs);
-    QCOMPARE(editor.updater.updateState(), state);
-    settle(editor);
-
-    const bool unplugged = faults.startsWith("--unplug");
-    if (unplugged)
-        box.send("plug");
-    QVERIFY(box.waitForLine(unplugged ? "^plugged$" : "^firmware cancelled$"));
-    updateAgain(editor, box);
-}
-
-void TestUpdate::stopsOnTheWay_data()
-{
-    QTest::addColumn<QString>("before"); // command to the box
-    QTest::addColumn<QString>("until");  // line of the box at which the user cancels
-    QTest::addColumn<QStringList>("said");
-    QTest::newRow("cancelled while it restarts") << "faults "
-                                                 << "^restarting$" << QStringList{Entering};
-    QTest::newRow("cancelled in the transfer")
-        << "faults "
-        << "^received update-data position=2048" << QStringList{Entering, Waiting, InProgress};
-    QTest::newRow("no bootloader")
-        << "faults --ignore-update-request" << QString() << QStringList{Entering};
-    QTest::newRow("unplugged before") << "unplug" << QString() << QStringList{Entering};
-}
-
-void TestUpdate::stopsOnTheWay()
-{
-    QFETCH(QString, before);
-    QFETCH(QString, until);
-    QFETCH(QStringList, said);
-    BoxProcess box(boxArguments(Running));
-    QVERIFY2(box.isReady(), box.errorOutput());
-    Editor editor;
-    QVERIFY(editor.choose());
-    QVERIFY(editor.needsUpdate());
-    box.send(before);
-    QVERIFY(box.waitForLine("^faults|^unplugged$"));
-
-    editor.updater.startUpdate();
-    if (until.isEmpty()) {
-        for (quint32 i = 0; i < FirmwareUpdate::BootloaderChecks; ++i) {
-            QCOMPARE(editor.updater.updateState(), State::EnteringBootloader);
+    void endsWithAnError()
+    {
+        const auto [faults, stuck, said, state] = row<QString, QString, QStringList, State>();
+        Stage stage(InBootloader);
+        Editor &editor = stage.editor;
+        QVERIFY(stage.box.obeys("faults " + faults, "^faults "));
+        editor.updater.startUpdate();
+        if (!stuck.isEmpty()) {
+            QVERIFY(stage.box.waitForLine(stuck));
+            QTRY_VERIFY(editor.received > 0);
+            QTRY_COMPARE(editor.said, said.first(said.size() - 1));
             editor.updater.timerDone();
         }
-    } else {
-        if (said.size() > 1) {
-            QVERIFY(box.waitForLine("^plugged$"));
-            QVERIFY(editor.seeBootloader());
-        }
-        QVERIFY(box.waitForLine(until));
-        editor.updater.cancelUpdate();
-        if (said.size() > 1)
-            QVERIFY(box.waitForLine("^firmware cancelled$"));
-        else
-            QVERIFY(box.waitForLine("^plugged$"));
-    }
-    QCOMPARE(editor.said, said);
-    settle(editor);
-    if (before == "unplug") {
-        box.send("plug");
-        QVERIFY(box.waitForLine("^plugged$"));
-    }
-    updateAgain(editor, box);
-}
+        QTRY_COMPARE_WITH_TIMEOUT(editor.said, said, TimeoutMs);
+        QCOMPARE(editor.updater.updateState(), state);
+        stage.settle();
 
-void TestUpdate::leavesTheSecondBoxAlone()
-{
-    BoxProcess boxes(boxArguments(Running + QStringList{"--boxes", "2"}));
-    QVERIFY2(boxes.isReady(), boxes.errorOutput());
-    Editor editor;
-    QVERIFY(editor.choose(SecondReference));
-    QVERIFY(editor.needsUpdate());
-    editor.updater.startUpdate();
-    QVERIFY(boxes.waitForLine("^started bootloader$"));
-    QVERIFY(editor.seeBootloader());
-    QCOMPARE(editor.said.takeFirst(), Entering);
-    complete(editor, boxes);
-    boxes.send("state");
-    QVERIFY(boxes.waitForLine("^version=1.1.0$"));
-    QVERIFY(boxes.waitForLine("^settings name=\"Ostrel\" sysex-id=0"));
-    QVERIFY(boxes.waitForLine("^version=1.1.1$"));
-    QVERIFY(boxes.waitForLine("^settings name=\"Ostrel 2\" sysex-id=1"));
-}
+        const bool unplugged = faults.startsWith("--unplug");
+        if (unplugged)
+            stage.box.send("plug");
+        QVERIFY(stage.box.waitForLine(unplugged ? "^plugged$" : "^firmware cancelled$"));
+        stage.updateAgain();
+    }
+
+    void stopsOnTheWay_data()
+    {
+        // A command to the box, the line of the box at which the user cancels, and what he is told
+        const Rows<QString, QString, QStringList> add;
+        add("cancelled while it restarts", "faults ", "^restarting$", {Entering});
+        add("cancelled in the transfer", "faults ", "^received update-data position=2048",
+            {Entering, Waiting, InProgress});
+        add("no bootloader", "faults --ignore-update-request", "", {Entering});
+        add("unplugged before", "unplug", "", {Entering});
+    }
+
+    void stopsOnTheWay()
+    {
+        const auto [before, until, said] = row<QString, QString, QStringList>();
+        Stage stage(Running);
+        FirmwareUpdate &updater = stage.editor.updater;
+        QVERIFY(stage.box.obeys(before, "^faults|^unplugged$"));
+        updater.startUpdate();
+        if (until.isEmpty()) {
+            for (quint32 i = 0; i < FirmwareUpdate::BootloaderChecks; ++i) {
+                QCOMPARE(updater.updateState(), State::EnteringBootloader);
+                updater.timerDone();
+            }
+        } else {
+            const bool transfers = said.contains(InProgress);
+            QVERIFY(!transfers || stage.entersBootloader());
+            QVERIFY(stage.box.waitForLine(until));
+            updater.cancelUpdate();
+            QVERIFY(stage.box.waitForLine(transfers ? "^firmware cancelled$" : "^plugged$"));
+        }
+        QCOMPARE(stage.editor.said, said);
+        stage.settle();
+        QVERIFY(before != "unplug" || stage.box.obeys("plug", "^plugged$"));
+        stage.updateAgain();
+    }
+
+    void leavesTheSecondBoxAlone()
+    {
+        Stage stage(Running + QStringList{"--boxes", "2"}, SecondReference);
+        stage.editor.updater.startUpdate();
+        QVERIFY(stage.box.waitForLine("^started bootloader$"));
+        QVERIFY(stage.editor.seeBootloader());
+        QCOMPARE(stage.editor.said.takeFirst(), Entering);
+        stage.complete();
+        stage.box.send("state");
+        for (const char *line : {"^version=1.1.0$", "^settings name=\"Ostrel\" sysex-id=0",
+                                 "^version=1.1.1$", "^settings name=\"Ostrel 2\" sysex-id=1"})
+            QVERIFY2(stage.box.waitForLine(line), line);
+    }
+};
 
 int main(int argc, char *argv[])
 {
@@ -374,6 +311,9 @@ int main(int argc, char *argv[])
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsFolder.path());
     QCoreApplication::setOrganizationName("ZEVMusicTechnology");
     QCoreApplication::setApplicationName("Ostrel Editor");
+    MidiServer server;
+    if (!server.isRunning())
+        qFatal("No MIDI service: %s", server.output().constData());
     TestUpdate test;
     return QTest::qExec(&test, argc, argv);
 }
