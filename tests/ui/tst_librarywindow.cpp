@@ -136,6 +136,7 @@ private slots:
         ui.press(Qt::Key_F2);
         ui.type("Tape");
         ui.press(Qt::Key_Escape);
+        QCOMPARE(ui.focusedName(), "Tape");
         ui.press(Qt::Key_End);
         QTRY_COMPARE(ui.savedNames(), QStringList({"beta", "Tape", "Delay <b>"}));
     }
