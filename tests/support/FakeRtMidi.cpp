@@ -10,13 +10,8 @@
 namespace
 {
 
-class FakeInput;
-class FakeOutput;
-
 // Clients of a service that ended are closed on another thread, but not while one is in use here.
 std::recursive_mutex liveGuard;
-FakeInput *liveInput = nullptr;
-FakeOutput *liveOutput = nullptr;
 
 [[noreturn]] void fail()
 {
@@ -49,7 +44,16 @@ public:
         : Base(arguments...)
         , m_ports(ports)
         , m_openFails(openFails)
-    {}
+    {
+        const std::scoped_lock lock(liveGuard);
+        live = this;
+    }
+    ~FakeApi() override
+    {
+        const std::scoped_lock lock(liveGuard);
+        if (live == this)
+            live = nullptr;
+    }
 
     RtMidi::Api getCurrentApi() override { return apiOf(FakeRtMidi::world().style); }
     void openPort(unsigned number, const std::string & /*ownName*/) override
@@ -78,15 +82,23 @@ public:
     void setClientName(const std::string & /*name*/) override {}
     void setPortName(const std::string & /*name*/) override {}
 
-    [[nodiscard]] const std::optional<std::string> &openName() const { return m_openName; }
+    /// The port that the client made last has open.
+    static std::optional<std::string> openName()
+    {
+        const std::scoped_lock lock(liveGuard);
+        return live ? live->m_openName : std::nullopt;
+    }
+
+    static inline FakeApi *live = nullptr; ///< the client made last
 
 protected:
     void initialize(const std::string & /*clientName*/) override {}
 
+    std::optional<std::string> m_openName;
+
 private:
     const std::vector<std::string> &m_ports;
     const bool &m_openFails;
-    std::optional<std::string> m_openName;
 };
 
 class FakeInput final : public FakeApi<MidiInApi>
@@ -94,16 +106,7 @@ class FakeInput final : public FakeApi<MidiInApi>
 public:
     explicit FakeInput(unsigned queueLimit)
         : FakeApi(FakeRtMidi::world().inputs, FakeRtMidi::world().inputOpenFails, queueLimit)
-    {
-        const std::scoped_lock lock(liveGuard);
-        liveInput = this;
-    }
-    ~FakeInput() override
-    {
-        const std::scoped_lock lock(liveGuard);
-        if (liveInput == this)
-            liveInput = nullptr;
-    }
+    {}
 
     void deliver(const FakeRtMidi::Message &bytes)
     {
@@ -121,23 +124,14 @@ class FakeOutput final : public FakeApi<MidiOutApi>
 public:
     FakeOutput()
         : FakeApi(FakeRtMidi::world().outputs, FakeRtMidi::world().outputOpenFails)
-    {
-        const std::scoped_lock lock(liveGuard);
-        liveOutput = this;
-    }
-    ~FakeOutput() override
-    {
-        const std::scoped_lock lock(liveGuard);
-        if (liveOutput == this)
-            liveOutput = nullptr;
-    }
+    {}
 
     void sendMessage(const unsigned char *bytes, std::size_t size) override
     {
         FakeRtMidi &world = FakeRtMidi::world();
         if (world.sendFails)
             fail();
-        const FakeRtMidi::Sent sent{openName().value_or(""), {bytes, bytes + size}};
+        const FakeRtMidi::Sent sent{m_openName.value_or(""), {bytes, bytes + size}};
         world.sent.push_back(sent);
         if (world.onSend)
             world.onSend(sent);
@@ -219,18 +213,18 @@ FakeRtMidi &FakeRtMidi::world()
 void FakeRtMidi::reset()
 {
     const std::scoped_lock lock(liveGuard);
-    if (liveInput)
-        liveInput->closePort();
-    if (liveOutput)
-        liveOutput->closePort();
+    if (FakeInput::live)
+        FakeInput::live->closePort();
+    if (FakeOutput::live)
+        FakeOutput::live->closePort();
     *this = FakeRtMidi();
 }
 
 void FakeRtMidi::receive(const Message &message)
 {
     const std::scoped_lock lock(liveGuard);
-    if (liveInput && liveInput->openName())
-        liveInput->deliver(message);
+    if (FakeInput::openName())
+        static_cast<FakeInput *>(FakeInput::live)->deliver(message);
 }
 
 std::vector<FakeRtMidi::Message> FakeRtMidi::takeSent()
@@ -243,12 +237,10 @@ std::vector<FakeRtMidi::Message> FakeRtMidi::takeSent()
 
 std::optional<std::string> FakeRtMidi::openInput() const
 {
-    const std::scoped_lock lock(liveGuard);
-    return liveInput ? liveInput->openName() : std::nullopt;
+    return FakeInput::openName();
 }
 
 std::optional<std::string> FakeRtMidi::openOutput() const
 {
-    const std::scoped_lock lock(liveGuard);
-    return liveOutput ? liveOutput->openName() : std::nullopt;
+    return FakeOutput::openName();
 }

@@ -23,8 +23,6 @@ public:
     {
         std::string port; ///< name of the output that was open
         Message bytes;
-
-        bool operator==(const Sent &) const = default;
     };
 
     /// What the constructors of the library's clients do.
