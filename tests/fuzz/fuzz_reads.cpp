@@ -3,9 +3,9 @@
 #include "fuzz/Require.h"
 #include "midi/QtRtMIDI.h"
 #include "support/FakeRtMidi.h"
+#include "unit/midi/BlockPayload.h"
 
 #include <deque>
-#include <memory>
 
 using fuzz::require;
 using midi::BlockType;
@@ -20,8 +20,6 @@ namespace
 constexpr int MaxReads = 4;
 constexpr std::size_t QueueRoom = 100;  ///< what the link keeps
 constexpr std::size_t MaxReplies = 110; ///< more than that
-
-using FrameBuffer = std::array<std::uint8_t, midi::MaxFrameLength>;
 
 /// What the link has to make of the messages that wait for it.
 class Model
@@ -43,27 +41,14 @@ public:
         while (!m_queue.empty()) {
             const ByteMessage message = m_queue.front();
             m_queue.pop_front();
-            if (auto payload = payloadOf(message, type))
+            auto payload = blockPayload(message);
+            if (payload && midi::isDataBlock(message, m_id, type))
                 return payload;
         }
         return std::nullopt;
     }
 
 private:
-    [[nodiscard]] std::optional<ByteMessage> payloadOf(const ByteMessage &message,
-                                                       BlockType type) const
-    {
-        if (!midi::isDataBlock(message, m_id, type) || message.size() > midi::MaxFrameLength)
-            return std::nullopt;
-        const auto buffer = std::make_unique<FrameBuffer>();
-        std::ranges::copy(message, buffer->begin());
-        const auto length = midi::decodeDataBlock(*buffer);
-        if (!length)
-            return std::nullopt;
-        const auto begin = buffer->begin() + midi::BlockPayloadOffset;
-        return ByteMessage(begin, begin + static_cast<std::ptrdiff_t>(*length));
-    }
-
     std::uint8_t m_id;
     std::deque<ByteMessage> m_queue;
 };
