@@ -1,6 +1,7 @@
 #include "midi/QtRtMIDI.h"
 #include "support/BoxLink.h"
 #include "support/BoxProcess.h"
+#include "support/Messages.h"
 #include "support/MidiServer.h"
 
 #include <QFile>
@@ -18,15 +19,51 @@ namespace
 {
 
 constexpr std::uint8_t Id = 5;
+constexpr char StoredScript[] = "print(\"stored\")\n";
 
 bool isScript(midi::ByteView message)
 {
     return midi::isDataBlock(message, Id, midi::BlockType::Script);
 }
 
+/// A box and the editor's link to it.
+struct Link
+{
+    explicit Link(const QStringList &options)
+        : box(QStringList{"--sysex-id", "5"} + options)
+        , isOpen(box.isReady() && connectToBox(midi, Id))
+    {}
+
+    void setFaults(const QString &faults)
+    {
+        box.send("faults " + faults);
+        QVERIFY(box.waitForLine("^faults " + faults));
+    }
+
+    /// A read gives up after a tenth of a second, which a loaded machine may need for itself.
+    bool readsBack(const QByteArray &script)
+    {
+        return QTest::qWaitFor([&] { return midi.getScript().toString() == script; },
+                               BoxProcess::DefaultTimeoutMs);
+    }
+
+    const std::uint8_t *readGlobals()
+    {
+        const std::uint8_t *record = nullptr;
+        static_cast<void>(QTest::qWaitFor([&] { return record = midi.getGlobals(); },
+                                          BoxProcess::DefaultTimeoutMs));
+        return record;
+    }
+
+    BoxProcess box;
+    QtRtMIDI midi;
+    bool isOpen;
+};
+
 } // namespace
 
-/// The program on a real MIDI service, from the editor's side.
+/// The program on a real MIDI service, from the editor's side. How it leaves the bus and comes back
+/// is seen in tst_update, and that it loses no line in tst_traffic.
 class TestBoxProgram : public QObject
 {
     Q_OBJECT
@@ -37,32 +74,31 @@ private slots:
         QVERIFY2(m_server.isRunning(), m_server.output());
         QVERIFY(m_folder.isValid());
         QFile script(scriptPath());
-        QVERIFY(script.open(QIODevice::WriteOnly) && script.write("print(\"stored\")\n") > 0);
+        QVERIFY(script.open(QIODevice::WriteOnly) && script.write(StoredScript) > 0);
     }
 
     void readsAndWrites()
     {
-        BoxProcess box({"--sysex-id", "5", "--script", scriptPath()});
-        QVERIFY2(box.isReady(), box.errorOutput());
-        QtRtMIDI midi;
-        QVERIFY(connectToBox(midi, Id));
-        // Reads give up after a tenth of a second, which a loaded machine may need for itself.
-        QString script;
-        const auto read = [&] { return midi.getScript().toString(); };
-        QTRY_VERIFY(!script.isEmpty() || !(script = read()).isEmpty());
-        QCOMPARE(script, QString("print(\"stored\")\n"));
+        Link link({"--script", scriptPath()});
+        QVERIFY2(link.isOpen, link.box.errorOutput());
+        QVERIFY(link.readsBack(StoredScript));
+        const QByteArray largest(midi::MaxRawPayload, '#');
+        QVERIFY(link.midi.sendSettingsBlock(
+            4, reinterpret_cast<const std::uint8_t *>(largest.constData()), midi::MaxRawPayload,
+            false));
+        QVERIFY(link.box.waitForLine("^script 7153 "));
+        QVERIFY(link.readsBack(largest));
 
-        const std::uint8_t *record = nullptr;
-        QTRY_VERIFY(record || (record = midi.getGlobals()));
-        std::vector<std::uint8_t> settings(record, record + 256);
+        const std::uint8_t *record = link.readGlobals();
+        QVERIFY(record);
+        midi::ByteMessage settings(record, record + 256);
         settings[17] = 6;
         settings[224] = 'X';
-        QVERIFY(midi.sendSettingsBlock(0, settings.data(), 256, false));
-        QVERIFY(box.waitForLine("^settings name=\"Xstrel\" sysex-id=6 mode=2"));
-        midi.setSysexID(6);
-        record = nullptr;
-        QTRY_VERIFY(record || (record = midi.getGlobals()));
-        QVERIFY(std::equal(settings.begin(), settings.end(), record));
+        QVERIFY(link.midi.sendSettingsBlock(0, settings.data(), 256, false));
+        QVERIFY(link.box.waitForLine("^settings name=\"Xstrel\" sysex-id=6 mode=2"));
+        link.midi.setSysexID(6);
+        record = link.readGlobals();
+        QVERIFY(record && std::equal(settings.begin(), settings.end(), record));
     }
 
     void answersOnThePairThatAsked()
@@ -85,61 +121,29 @@ private slots:
         QCOMPARE(ids, (std::set<std::uint8_t>{5, 6}));
     }
 
-    void losesNoLineAtFullSpeed()
+    void passesProgramChangesBothWays()
     {
-        constexpr int Count = 20000;
-        BoxProcess box({"--sysex-id", "5"});
-        QVERIFY(box.isReady());
-        QtRtMIDI midi;
-        QVERIFY(connectToBox(midi, Id));
-        QStringList texts;
-        connect(&midi, &QtRtMIDI::textMessageReceived, this,
-                [&texts](const QString &text) { texts.append(text); });
-        midi.setCallbackMode(true);
-        box.send(QString("lines %1").arg(Count));
-        QTRY_COMPARE_WITH_TIMEOUT(texts.size(), Count, 60000);
-        for (int i = 0; i < Count; ++i)
-            QCOMPARE(texts[i], QString("Line %1 of %2\n").arg(i + 1).arg(Count));
+        Link link({});
+        QVERIFY2(link.isOpen, link.box.errorOutput());
+        QVERIFY(link.midi.pgmChange(3, 7));
+        QVERIFY(link.box.waitForLine("^received program-change channel=3 program=7$"));
+        link.box.send("program 15 127");
+        QCOMPARE(testsupport::hex(awaitMessage(link.midi, midi::isProgramChange)),
+                 QByteArray("CF 7F"));
     }
 
-    void sendsFramesLongerThanTheServiceTakes()
+    /// The other faults only change bytes, which tst_simulatedbox and tst_qtrtmidi look at.
+    void readsInSpiteOfFaults()
     {
-        BoxProcess box({"--sysex-id", "5", "--script", scriptPath(), "--huge-frame"});
-        QVERIFY(box.isReady());
-        QtRtMIDI midi;
-        QVERIFY(connectToBox(midi, Id));
-        QVERIFY(midi.sendScriptReq());
-        const auto message = awaitMessage(midi, isScript);
-        QCOMPARE(message.size(), 20000U);
-        box.send("faults");
-        QVERIFY(box.waitForLine("^faults"));
-        QVERIFY(midi.sendScriptReq());
-        QCOMPARE(awaitMessage(midi, isScript).size(), 36U);
-    }
-
-    void leavesTheBusForItsBootloader()
-    {
-        BoxProcess box({"--version", "1.1.0", "--restart-ms", "300", "--sysex-id", "5"});
-        QVERIFY(box.isReady());
-        QtRtMIDI midi;
-        QVERIFY(connectToBox(midi, Id));
-        QVERIFY(midi.sendUpdateReq());
-        QVERIFY(box.waitForLine("^unplugged$"));
-        QVERIFY(box.waitForLine("^started bootloader$"));
-        QVERIFY(box.waitForLine("^plugged$"));
-        QVERIFY(connectToBox(midi, Id));
-        QVERIFY(midi.sendIDReq());
-        const auto reply = awaitMessage(midi, midi::isIdentityReply);
-        QVERIFY(!reply.empty());
-        QCOMPARE(midi::readIdentity(reply).version, midi::BootloaderVersion);
-
-        box.send("unplug");
-        QVERIFY(box.waitForLine("^unplugged$"));
-        midi.scanPorts(testsupport::InputPortName, testsupport::OutputPortName);
-        QCOMPARE(midi.portCount(), 0);
-        box.send("plug");
-        QVERIFY(box.waitForLine("^plugged$"));
-        QVERIFY(connectToBox(midi, Id));
+        Link link({"--script", scriptPath(), "--huge-frame"});
+        QVERIFY2(link.isOpen, link.box.errorOutput());
+        QVERIFY(link.midi.sendScriptReq());
+        QCOMPARE(awaitMessage(link.midi, isScript).size(), 20000U); // more than the service takes
+        QVERIFY(!link.midi.getScript().isValid());
+        link.setFaults("--slow 30");
+        QVERIFY(link.readsBack(StoredScript));
+        link.setFaults("--flood 40");
+        QVERIFY(link.readsBack(StoredScript));
     }
 
     void endsCleanly_data()
