@@ -114,12 +114,10 @@ public:
         const int connected = m_model.scanForDevice();
         checkRows(connected);
         checkConnection(connected);
-        for (const auto *device : m_model.findChildren<MidiDevice *>())
-            checkDevice(*device);
+        checkDevices();
         if (MidiDevice *device = m_model.currentDevice())
             static_cast<void>(device->updateVersion());
-        for (const auto *device : m_model.findChildren<MidiDevice *>())
-            checkDevice(*device);
+        checkDevices();
     }
 
 private:
@@ -155,12 +153,15 @@ private:
         require(m_link.portsReady() == some, "the link is open to the connected device");
     }
 
-    void checkDevice(const MidiDevice &device) const
+    void checkDevices() const
     {
-        require(m_world.hasSaid(device), "a device is what some box said");
-        require(device.productID() < 128 && device.sysexID() < 128, "IDs of seven bits");
-        require(std::strlen(device.displayName()) < MidiDevice::NameSize, "a name that fits");
-        require(std::strlen(device.menuName()) < MidiDevice::NameSize, "a menu name that fits");
+        for (const auto *device : m_model.findChildren<MidiDevice *>()) {
+            require(m_world.hasSaid(*device), "a device is what some box said");
+            require(device->productID() < 128 && device->sysexID() < 128, "IDs of seven bits");
+            require(std::strlen(device->displayName()) < MidiDevice::NameSize, "a name that fits");
+            require(std::strlen(device->menuName()) < MidiDevice::NameSize,
+                    "a menu name that fits");
+        }
     }
 
     const World &m_world;

@@ -12,7 +12,6 @@ struct LinkRecorder::Record
 {
     std::mutex mutex;
     QStringList texts;
-    std::vector<midi::ByteMessage> messages;
 };
 
 LinkRecorder::LinkRecorder(QtRtMIDI &link)
@@ -22,28 +21,8 @@ LinkRecorder::LinkRecorder(QtRtMIDI &link)
         const std::scoped_lock lock(record->mutex);
         record->texts.append(text);
     };
-    const auto addMessage = [record = m_record](const midi::ByteMessage &message) {
-        const std::scoped_lock lock(record->mutex);
-        record->messages.push_back(message);
-    };
     QObject::connect(&link, &QtRtMIDI::textMessageReceived, &m_receiver, addText,
                      Qt::DirectConnection);
-    QObject::connect(&link, &QtRtMIDI::midiMessageReceived, &m_receiver, addMessage,
-                     Qt::DirectConnection);
-}
-
-LinkRecorder::~LinkRecorder() = default;
-
-QStringList LinkRecorder::texts() const
-{
-    const std::scoped_lock lock(m_record->mutex);
-    return m_record->texts;
-}
-
-std::vector<midi::ByteMessage> LinkRecorder::messages() const
-{
-    const std::scoped_lock lock(m_record->mutex);
-    return m_record->messages;
 }
 
 bool LinkRecorder::endsWith(const QString &text) const

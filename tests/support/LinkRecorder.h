@@ -1,30 +1,22 @@
 #pragma once
 
-#include "midi/ByteMessage.h"
-
 #include <QObject>
 #include <QStringList>
 
 #include <memory>
-#include <vector>
 
 class QtRtMIDI;
 
 namespace testsupport
 {
 
-/// Records what a connection pushes, as it arrives: on the MIDI library's thread, on which a
-/// QSignalSpy of Qt 6.4 would write into what the test reads. Belongs to the test's thread.
+/// Records the texts that a connection pushes, as they arrive: on the MIDI library's thread, on
+/// which a QSignalSpy of Qt 6.4 would write into what the test reads. Belongs to the test's thread.
 class LinkRecorder
 {
 public:
     explicit LinkRecorder(QtRtMIDI &link);
-    ~LinkRecorder();
-    LinkRecorder(const LinkRecorder &) = delete;
-    LinkRecorder &operator=(const LinkRecorder &) = delete;
 
-    [[nodiscard]] QStringList texts() const;
-    [[nodiscard]] std::vector<midi::ByteMessage> messages() const;
     /// Whether this is the text that came last.
     [[nodiscard]] bool endsWith(const QString &text) const;
     /// Forgets the texts so far and returns them.

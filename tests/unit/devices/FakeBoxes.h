@@ -16,6 +16,7 @@ struct Box
     midi::Identity identity;
     QByteArray name;
 };
+using Boxes = std::vector<Box>;
 
 /// "26/5" as a device reference, "none" as the one of no device.
 inline int reference(const QString &text)
@@ -26,27 +27,34 @@ inline int reference(const QString &text)
                                  static_cast<std::uint8_t>(text.section('/', 1, 1).toUInt()));
 }
 
-/// A box with the version 1.2.3 and its sysex ID in its name.
-inline Box box(const QString &text)
+/// "26/5 26/6": boxes with the version 1.2.3 and their sysex IDs in their names.
+inline Boxes boxes(const QString &text)
 {
-    const int ref = reference(text);
-    const std::uint8_t id = midi::referencedSysexId(ref);
-    return {{midi::referencedProductId(ref), id, {1, 2, 3}}, "Box " + QByteArray::number(id)};
+    Boxes result;
+    for (const QString &one : text.split(' ', Qt::SkipEmptyParts)) {
+        const int ref = reference(one);
+        const std::uint8_t id = midi::referencedSysexId(ref);
+        result.push_back(
+            {{midi::referencedProductId(ref), id, {1, 2, 3}}, "Box " + QByteArray::number(id)});
+    }
+    return result;
 }
 
-inline void answer(const std::vector<Box> &boxes, const midi::ByteMessage &message)
+inline void answer(const Boxes &boxes, const midi::ByteMessage &message)
 {
+    FakeRtMidi &world = FakeRtMidi::world();
+    world.receive(midi::programChange(0, 1)); // no answer, and to be passed over
     for (const Box &one : boxes) {
         const std::uint8_t id = one.identity.sysexId;
         if (message == midi::identityRequest())
-            FakeRtMidi::world().receive(midi::identityReply(one.identity));
+            world.receive(midi::identityReply(one.identity));
         else if (message == midi::nameRequest(id))
-            FakeRtMidi::world().receive(midi::nameReply(id, testsupport::toBytes(one.name)));
+            world.receive(midi::nameReply(id, testsupport::toBytes(one.name)));
     }
 }
 
 /// Puts boxes on the ports "Port 0", "Port 1", ...
-inline void plug(const std::vector<std::vector<Box>> &ports)
+inline void plug(const std::vector<Boxes> &ports)
 {
     FakeRtMidi &world = FakeRtMidi::world();
     world.reset();
@@ -62,12 +70,9 @@ inline void plug(const std::vector<std::vector<Box>> &ports)
 /// "12/1|26/5 26/6": one box on the first port and two on the second.
 inline void plug(const QString &text)
 {
-    std::vector<std::vector<Box>> ports;
-    for (const QString &port : text.split('|', Qt::SkipEmptyParts)) {
-        auto &boxes = ports.emplace_back();
-        for (const QString &one : port.split(' ', Qt::SkipEmptyParts))
-            boxes.push_back(box(one));
-    }
+    std::vector<Boxes> ports;
+    for (const QString &port : text.split('|', Qt::SkipEmptyParts))
+        ports.push_back(boxes(port));
     plug(ports);
 }
 

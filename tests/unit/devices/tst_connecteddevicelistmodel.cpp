@@ -2,14 +2,12 @@
 #include "devices/MidiDevice.h"
 #include "midi/QtRtMIDI.h"
 #include "unit/devices/FakeBoxes.h"
+#include "unit/devices/OwnSettings.h"
 
 #include <QAbstractItemModelTester>
-#include <QCoreApplication>
 #include <QFile>
 #include <QIdentityProxyModel>
-#include <QSettings>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 using fakeboxes::plug;
@@ -19,7 +17,6 @@ namespace
 {
 
 constexpr char SettingKey[] = "zevost_lastproduct";
-constexpr char SettingsFile[] = "/ZEVMusicTechnology/Ostrel Editor.ini";
 constexpr int None = midi::NoDeviceReference;
 
 /// Qt's model tester holds every role that it knows to that role's type, while the model answers
@@ -60,43 +57,55 @@ struct Editor
     QAbstractItemModelTester tester{&roles, QAbstractItemModelTester::FailureReportingMode::QtTest};
 };
 
+/// One scan or two in a row.
+struct Scans
+{
+    QString stored;
+    QString first;    // what the first scan meets
+    QString expected; // the device connected in the end
+    int index;
+    int newSysexId = 255; // set between the scans
+    QString second = {};  // what the second scan meets; null: no second scan
+};
+
+/// A row of a table in which every column holds a text.
+void textRow(const char *name, const QStringList &texts)
+{
+    QTestData &row = QTest::newRow(name);
+    for (const QString &text : texts)
+        row << text;
+}
+
+/// The settings file on disk.
+QByteArray storedSettings()
+{
+    QFile file(OwnSettings::folder() + "/ZEVMusicTechnology/Ostrel Editor.ini");
+    return file.open(QIODevice::ReadOnly) ? file.readAll().simplified() : "no file";
+}
+
 } // namespace
 
-class TestConnectedDeviceListModel : public QObject
+class TestConnectedDeviceListModel : public OwnSettings
 {
     Q_OBJECT
-
-public:
-    explicit TestConnectedDeviceListModel(const QString &settingsFolder)
-        : m_settingsPath(settingsFolder + SettingsFile)
-    {}
 
 private slots:
     void init() { QSettings().clear(); }
 
     void choosesTheDevice_data()
     {
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QString>("first");    // what the first scan meets
-        QTest::addColumn<int>("newSysexId");   // set between the scans, unless 255
-        QTest::addColumn<QString>("second");   // what the second scan meets; null: no second scan
-        QTest::addColumn<QString>("expected"); // the device connected in the end
-        QTest::addColumn<int>("index");
-        const auto row = [](const char *name, const QString &stored, const QString &first,
-                            const QString &expected, int index) {
-            QTest::newRow(name) << stored << first << 255 << QString() << expected << index;
-        };
-        row("no ports", "26/5", "", "none", -1);
-        row("one, nothing stored", "none", "26/5", "26/5", 0);
-        row("two, nothing stored", "none", "26/5 26/6", "none", -1);
-        row("two, one stored", "26/6", "26/5|26/6", "26/6", 1);
-        row("two, both parts must match", "26/5", "26/6 12/5", "none", -1);
-        row("one, but not the stored one", "26/6", "26/5", "26/5", 0);
-        row("one that answers twice", "26/5", "26/5 26/5", "26/5", 0);
+        QTest::addColumn<Scans>("scans");
+        QTest::newRow("no ports") << Scans{"26/5", "", "none", -1};
+        QTest::newRow("one, nothing stored") << Scans{"none", "26/5", "26/5", 0};
+        QTest::newRow("two, nothing stored") << Scans{"none", "26/5 26/6", "none", -1};
+        QTest::newRow("two, one stored") << Scans{"26/6", "26/5|26/6", "26/6", 1};
+        QTest::newRow("two, both parts must match") << Scans{"26/5", "26/6 12/5", "none", -1};
+        QTest::newRow("one, but not the stored one") << Scans{"26/6", "26/5", "26/5", 0};
+        QTest::newRow("one that answers twice") << Scans{"26/5", "26/5 26/5", "26/5", 0};
 
         const auto rescan = [](const char *name, const QString &first, int newSysexId,
                                const QString &second, const QString &expected, int index) {
-            QTest::newRow(name) << "none" << first << newSysexId << second << expected << index;
+            QTest::newRow(name) << Scans{"none", first, expected, index, newSysexId, second};
         };
         rescan("same again", "26/3", 255, "26/9|26/3", "26/3", 1);
         rescan("gone", "26/3", 255, "26/9|26/8", "none", -1);
@@ -109,12 +118,8 @@ private slots:
 
     void choosesTheDevice()
     {
-        QFETCH(QString, stored);
-        QFETCH(QString, first);
-        QFETCH(int, newSysexId);
-        QFETCH(QString, second);
-        QFETCH(QString, expected);
-        QFETCH(int, index);
+        QFETCH(Scans, scans);
+        const auto &[stored, first, expected, index, newSysexId, second] = scans;
         QSettings().setValue(SettingKey, reference(stored));
         Editor editor;
         ConnectedDeviceListModel &model = editor.model;
@@ -156,14 +161,10 @@ private slots:
     {
         QTest::addColumn<QString>("ports");
         QTest::addColumn<QString>("listed");
-        QTest::newRow("another port") << "12/1|26/5"
-                                      << "26/5";
-        QTest::newRow("behind a stranger") << "12/1 26/5"
-                                           << "";
-        QTest::newRow("before a stranger") << "26/5 12/1 26/6"
-                                           << "26/5";
-        QTest::newRow("second of the list") << "33/1"
-                                            << "33/1";
+        textRow("another port", {"12/1|26/5", "26/5"});
+        textRow("behind a stranger", {"12/1 26/5", ""});
+        textRow("before a stranger", {"26/5 12/1 26/6", "26/5"});
+        textRow("second of the list", {"33/1", "33/1"});
     }
 
     void acceptsListedProducts()
@@ -183,13 +184,11 @@ private slots:
 
     void namesDevices()
     {
-        using fakeboxes::Box;
         const QByteArray longName(40, 'x');
-        const Box utf8{{26, 1, {1, 2, 3}}, "B\xC3\xA4r"};
-        const Box unnamed{{26, 2, {}}, ""};
-        const Box first{{26, 4, {}}, "first"};
-        const Box second{{26, 4, {}}, longName};
-        plug({{utf8, unnamed, first}, {second}});
+        const std::vector<fakeboxes::Boxes> ports{
+            {{{26, 1, {1, 2, 3}}, "B\xC3\xA4r"}, {{26, 2, {}}, ""}, {{26, 4, {}}, "first"}},
+            {{{26, 4, {}}, longName}}};
+        plug(ports);
         Editor editor;
         editor.model.scanForDevice();
         QStringList names;
@@ -224,13 +223,13 @@ private slots:
         QSignalSpy connected(&model, &ConnectedDeviceListModel::deviceIsConnected);
         QVERIFY(model.connectToDevice(0x7701A06)); // sixteen bits count
         QCOMPARE(connected.takeFirst()[0].toInt(), 2);
-        QCOMPARE(storedSetting(), "zevost_lastproduct=6662");
+        QCOMPARE(storedSettings(), "[General] zevost_lastproduct=6662");
         QCOMPARE(*FakeRtMidi::world().openInput(), "Port 1");
 
         MidiDevice *const before = model.currentDevice();
         QVERIFY(!model.connectToDevice(None));
         QCOMPARE(connected.takeFirst()[0].toInt(), -1);
-        QCOMPARE(storedSetting(), "zevost_lastproduct=65535");
+        QCOMPARE(storedSettings(), "[General] zevost_lastproduct=65535");
         QVERIFY(!model.deviceConnected());
         QVERIFY(!editor.link.portsReady());
         QCOMPARE(model.connectedProductID(), 255);
@@ -260,15 +259,9 @@ private slots:
         QTest::addColumn<QString>("stored");
         QTest::addColumn<QString>("ports");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("nothing there") << "26/5"
-                                       << ""
-                                       << "none";
-        QTest::newRow("connected product, first of it") << "26/6"
-                                                        << "12/1 26/5 26/6"
-                                                        << "26/5";
-        QTest::newRow("none connected") << "none"
-                                        << "12/1 26/5"
-                                        << "12/1";
+        textRow("nothing there", {"26/5", "", "none"});
+        textRow("connected product, first of it", {"26/6", "12/1 26/5 26/6", "26/5"});
+        textRow("none connected", {"none", "12/1 26/5", "12/1"});
     }
 
     void proposesADevice()
@@ -312,26 +305,11 @@ private slots:
         QTest::addColumn<QString>("ports");
         QTest::addColumn<QString>("first");
         QTest::addColumn<QString>("second");
-        QTest::newRow("an Ostrel elsewhere") << "Gone"
-                                             << "12/1|26/5"
-                                             << "none"
-                                             << "26/5";
-        QTest::newRow("another product elsewhere") << "Gone"
-                                                   << "12/1"
-                                                   << "none"
-                                                   << "none";
-        QTest::newRow("the named ports exist") << "Port 0"
-                                               << "12/1|26/5"
-                                               << "12/1"
-                                               << "12/1";
-        QTest::newRow("the named ports are silent") << "Port 0"
-                                                    << " |26/5"
-                                                    << "none"
-                                                    << "none";
-        QTest::newRow("no names") << ""
-                                  << "12/1"
-                                  << "12/1"
-                                  << "12/1";
+        textRow("an Ostrel elsewhere", {"Gone", "12/1|26/5", "none", "26/5"});
+        textRow("another product elsewhere", {"Gone", "12/1", "none", "none"});
+        textRow("the named ports exist", {"Port 0", "12/1|26/5", "12/1", "12/1"});
+        textRow("the named ports are silent", {"Port 0", " |26/5", "none", "none"});
+        textRow("no names", {"", "12/1", "12/1", "12/1"});
     }
 
     void looksBeyondTheNamedPortsForAnOstrel()
@@ -406,34 +384,7 @@ private slots:
         QCOMPARE(newIdChanged.size(), 1);
         QCOMPARE(connected.size(), 1);
     }
-
-private:
-    /// The line of the settings file on disk.
-    QByteArray storedSetting() const
-    {
-        QFile file(m_settingsPath);
-        if (!file.open(QIODevice::ReadOnly))
-            return "no file";
-        for (const QByteArray &line : file.readAll().split('\n')) {
-            if (line.startsWith(SettingKey))
-                return line.trimmed();
-        }
-        return "no such line";
-    }
-
-    QString m_settingsPath;
 };
 
-int main(int argc, char *argv[])
-{
-    QCoreApplication app(argc, argv);
-    const QTemporaryDir settingsFolder;
-    // The program's own names, in a place that no installed editor reads.
-    QCoreApplication::setOrganizationName("ZEVMusicTechnology");
-    QCoreApplication::setApplicationName("Ostrel Editor");
-    QSettings::setDefaultFormat(QSettings::IniFormat);
-    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsFolder.path());
-    TestConnectedDeviceListModel test(settingsFolder.path());
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_GUILESS_MAIN(TestConnectedDeviceListModel)
 #include "tst_connecteddevicelistmodel.moc"

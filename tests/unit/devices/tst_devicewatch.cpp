@@ -2,11 +2,9 @@
 #include "devices/DeviceWatch.h"
 #include "midi/QtRtMIDI.h"
 #include "unit/devices/FakeBoxes.h"
+#include "unit/devices/OwnSettings.h"
 
-#include <QCoreApplication>
-#include <QSettings>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 namespace
@@ -32,10 +30,62 @@ const Ports WinAfter{{"Synth 0", "Keys 1", "MIDIIN4 (Ostrel) 2"},
 const Ports AlsaBefore{{"Ostrel:Ostrel MIDI 4 24:3"}, {"Ostrel:Ostrel MIDI 6 24:5"}};
 const Ports AlsaAfter{{"Ostrel:Ostrel MIDI 4 28:3"}, {"Ostrel:Ostrel MIDI 6 28:5"}};
 
+FakeRtMidi &world()
+{
+    return FakeRtMidi::world();
+}
+
+void setPorts(const Ports &ports)
+{
+    world().inputs = ports.inputs;
+    world().outputs = ports.outputs;
+}
+
+void plugIn(const Ports &ports, const QString &boxes = "26/5",
+            NameStyle style = NameStyle::Undecorated)
+{
+    world().reset();
+    world().style = style;
+    setPorts(ports);
+    world().onSend = [onThePort = fakeboxes::boxes(boxes)](const FakeRtMidi::Sent &sent) {
+        fakeboxes::answer(onThePort, sent.bytes);
+    };
+}
+
+/// The device list as the window sets it up, and its watch. To be made when ports are plugged in.
+struct Editor
+{
+    Editor()
+    {
+        QSettings().clear();
+        devices.setMidiObj(&link);
+        devices.setInputPortName("MIDIIN4 (Ostrel)");
+        devices.setOutputPortName("MIDIOUT6 (Ostrel)");
+        devices.addProductIDToList(ConnectedDeviceListModel::Ostrel);
+        watch.setDevices(&devices);
+    }
+
+    void start()
+    {
+        devices.scanForDevice();
+        watch.check();
+    }
+
+    void look(const Ports &ports)
+    {
+        setPorts(ports);
+        watch.check();
+    }
+
+    QtRtMIDI link;
+    ConnectedDeviceListModel devices;
+    DeviceWatch watch;
+};
+
 } // namespace
 
 /// What the watch makes of ports that come and go, step by step, as each system names them.
-class TestDeviceWatch : public QObject
+class TestDeviceWatch : public OwnSettings
 {
     Q_OBJECT
 
@@ -77,25 +127,20 @@ private slots:
         QFETCH(Steps, steps);
         QFETCH(QString, expected);
         QFETCH(QString, news);
-        plugIn(steps.first(), style, box);
-        QtRtMIDI link;
-        ConnectedDeviceListModel devices;
-        prepare(devices, link);
-        DeviceWatch watch;
-        watch.setDevices(&devices);
+        plugIn(steps.first(), box, style);
+        Editor editor;
         QString heard;
-        connect(&watch, &DeviceWatch::deviceLost, this, [&] { heard += 'l'; });
-        connect(&watch, &DeviceWatch::deviceFound, this, [&] { heard += 'f'; });
+        connect(&editor.watch, &DeviceWatch::deviceLost, this, [&] { heard += 'l'; });
+        connect(&editor.watch, &DeviceWatch::deviceFound, this, [&] { heard += 'f'; });
 
-        watch.check(); // before the first scan, which is not the watch's to make
-        QVERIFY(!devices.deviceConnected());
-        devices.scanForDevice();
+        editor.watch.check(); // before the first scan, which is not the watch's to make
+        QVERIFY(!editor.devices.deviceConnected());
+        editor.devices.scanForDevice();
         QString seen;
         for (const Ports &ports : steps) {
-            setPorts(ports);
-            watch.check();
-            QCOMPARE(link.portsReady(), devices.deviceConnected());
-            seen += devices.deviceConnected() ? 'c' : '-';
+            editor.look(ports);
+            QCOMPARE(editor.link.portsReady(), editor.devices.deviceConnected());
+            seen += editor.devices.deviceConnected() ? 'c' : '-';
         }
         QCOMPARE(seen, expected);
         QCOMPARE(heard, news);
@@ -103,84 +148,66 @@ private slots:
 
     void waitsForABoxThatStarts()
     {
-        plugIn(NoPorts, NameStyle::Undecorated, "26/5");
-        QtRtMIDI link;
-        ConnectedDeviceListModel devices;
-        prepare(devices, link);
-        DeviceWatch watch;
-        watch.setDevices(&devices);
-        devices.scanForDevice();
-        watch.check();
-        auto answers = std::exchange(FakeRtMidi::world().onSend, nullptr);
-        setPorts(Stage);
-        watch.check();
-        QVERIFY(!devices.deviceConnected());
-        FakeRtMidi::world().onSend = answers;
-        watch.check();
-        QVERIFY(devices.deviceConnected());
+        plugIn(NoPorts);
+        Editor editor;
+        editor.start();
+        const auto answers = std::exchange(world().onSend, nullptr);
+        editor.look(Stage);
+        QVERIFY(!editor.devices.deviceConnected());
+        world().onSend = answers;
+        editor.watch.check();
+        QVERIFY(editor.devices.deviceConnected());
 
         // One that never answers is asked a few times and then left alone.
-        FakeRtMidi::world().onSend = nullptr;
-        setPorts(NoPorts);
-        watch.check();
+        world().onSend = nullptr;
+        editor.look(NoPorts);
         setPorts(Stage);
-        FakeRtMidi::world().sent.clear();
+        world().sent.clear();
         for (int i = 0; i < 100; ++i)
-            watch.check();
-        QCOMPARE(FakeRtMidi::world().takeSent().size(), std::size_t{DeviceWatch::MaxAttempts});
+            editor.watch.check();
+        QCOMPARE(world().takeSent().size(), std::size_t{DeviceWatch::MaxAttempts});
     }
 
     void looksForTheSameBox()
     {
-        plugIn(Stage, NameStyle::Undecorated, "26/5");
-        QtRtMIDI link;
-        ConnectedDeviceListModel devices;
-        prepare(devices, link);
-        DeviceWatch watch;
-        watch.setDevices(&devices);
-        devices.scanForDevice();
-        watch.check();
-        setPorts(NoPorts);
-        watch.check();
-        QCOMPARE(devices.rowCount(), 1);
+        plugIn(Stage);
+        Editor editor;
+        editor.start();
+        editor.look(NoPorts);
+        QCOMPARE(editor.devices.rowCount(), 1);
         // Another box is listed and no more.
-        plugIn(Stage, NameStyle::Undecorated, "26/7");
-        watch.check();
-        QCOMPARE(devices.rowCount(), 2);
-        QVERIFY(!devices.deviceConnected());
-        setPorts(NoPorts);
-        watch.check();
-        plugIn(Stage, NameStyle::Undecorated, "26/7 26/5");
-        watch.check();
-        QVERIFY(devices.deviceConnected());
-        QCOMPARE(devices.connectedSysexID(), 5);
+        plugIn(Stage, "26/7");
+        editor.watch.check();
+        QCOMPARE(editor.devices.rowCount(), 2);
+        QVERIFY(!editor.devices.deviceConnected());
+        editor.look(NoPorts);
+        plugIn(Stage, "26/7 26/5");
+        editor.watch.check();
+        QVERIFY(editor.devices.deviceConnected());
+        QCOMPARE(editor.devices.connectedSysexID(), 5);
     }
 
     void doesWithoutAService()
     {
-        plugIn(Stage, NameStyle::Jack, "26/5");
-        QtRtMIDI link;
-        ConnectedDeviceListModel devices;
-        prepare(devices, link);
-        DeviceWatch watch;
-        watch.setDevices(&devices);
-        devices.scanForDevice();
-        watch.check();
-        QVERIFY(devices.deviceConnected());
+        using JackServer = FakeRtMidi::JackServer;
+        plugIn(Stage, "26/5", NameStyle::Jack);
+        Editor editor;
+        editor.start();
+        QVERIFY(editor.devices.deviceConnected());
 
-        FakeRtMidi::world().jackServer = FakeRtMidi::JackServer::Stopped;
-        QVERIFY(!link.sendIDReq());
-        QVERIFY(*link.getErrorMessage() != '\0');
-        FakeRtMidi::world().jackServer = FakeRtMidi::JackServer::Ended;
-        QVERIFY(!link.sendIDReq());
-        watch.check();
-        QVERIFY(!devices.deviceConnected());
-        QTRY_VERIFY(!FakeRtMidi::world().openInput());
-        devices.scanForDevice();
-        QVERIFY(!devices.deviceConnected());
+        world().jackServer = JackServer::Stopped;
+        QVERIFY(!editor.link.sendIDReq());
+        QVERIFY(*editor.link.getErrorMessage() != '\0');
+        world().jackServer = JackServer::Ended;
+        QVERIFY(!editor.link.sendIDReq());
+        editor.watch.check();
+        QVERIFY(!editor.devices.deviceConnected());
+        QTRY_VERIFY(!world().openInput());
+        editor.devices.scanForDevice();
+        QVERIFY(!editor.devices.deviceConnected());
 
-        FakeRtMidi::world().jackServer = FakeRtMidi::JackServer::Runs;
-        QTRY_VERIFY((watch.check(), devices.deviceConnected()));
+        world().jackServer = JackServer::Runs;
+        QTRY_VERIFY((editor.watch.check(), editor.devices.deviceConnected()));
     }
 
     void restsWhileInactive()
@@ -195,49 +222,7 @@ private slots:
         QVERIFY(!watch.active());
         QCOMPARE(changed.size(), 2);
     }
-
-private:
-    static void setPorts(const Ports &ports)
-    {
-        FakeRtMidi &world = FakeRtMidi::world();
-        world.inputs = ports.inputs;
-        world.outputs = ports.outputs;
-    }
-
-    static void plugIn(const Ports &ports, NameStyle style, const QString &boxes)
-    {
-        FakeRtMidi &world = FakeRtMidi::world();
-        world.reset();
-        world.style = style;
-        setPorts(ports);
-        std::vector<fakeboxes::Box> onThePort;
-        for (const QString &one : boxes.split(' '))
-            onThePort.push_back(fakeboxes::box(one));
-        world.onSend = [onThePort](const FakeRtMidi::Sent &sent) {
-            fakeboxes::answer(onThePort, sent.bytes);
-        };
-    }
-
-    static void prepare(ConnectedDeviceListModel &devices, QtRtMIDI &link)
-    {
-        QSettings().clear();
-        devices.setMidiObj(&link);
-        devices.setInputPortName("MIDIIN4 (Ostrel)");
-        devices.setOutputPortName("MIDIOUT6 (Ostrel)");
-        devices.addProductIDToList(ConnectedDeviceListModel::Ostrel);
-    }
 };
 
-int main(int argc, char *argv[])
-{
-    const QTemporaryDir settings;
-    QSettings::setDefaultFormat(QSettings::IniFormat);
-    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings.path());
-    QCoreApplication app(argc, argv);
-    QCoreApplication::setOrganizationName("ZEVMusicTechnology");
-    QCoreApplication::setApplicationName("Ostrel Editor");
-    TestDeviceWatch test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_GUILESS_MAIN(TestDeviceWatch)
 #include "tst_devicewatch.moc"

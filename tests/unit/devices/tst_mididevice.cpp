@@ -1,5 +1,4 @@
 #include "devices/MidiDevice.h"
-#include "devices/ProductTable.h"
 #include "midi/QtRtMIDI.h"
 #include "unit/devices/FakeBoxes.h"
 
@@ -101,30 +100,27 @@ private slots:
 
     void knowsABootloader_data()
     {
-        QTest::addColumn<int>("major");
-        QTest::addColumn<int>("minor");
-        QTest::addColumn<int>("point");
+        QTest::addColumn<midi::FirmwareVersion>("version");
         QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("bootloader");
-        QTest::newRow("bootloader") << 7 << 15 << 127 << "7.15.127" << true;
-        QTest::newRow("other point") << 7 << 15 << 126 << "7.15.126" << false;
-        QTest::newRow("other minor") << 7 << 14 << 127 << "7.14.127" << false;
-        QTest::newRow("other major") << 6 << 15 << 127 << "6.15.127" << false;
-        QTest::newRow("new record") << 0 << 0 << 0 << "0.0.0" << false;
+        const auto row = [](const char *text, const midi::FirmwareVersion &version) {
+            QTest::newRow(text) << version << QString(text);
+        };
+        row("7.15.127", {7, 15, 127});
+        row("7.15.126", {7, 15, 126});
+        row("7.14.127", {7, 14, 127});
+        row("6.15.127", {6, 15, 127});
     }
 
     void knowsABootloader()
     {
-        QFETCH(int, major);
-        QFETCH(int, minor);
-        QFETCH(int, point);
-        QFETCH(QString, text);
+        QFETCH(midi::FirmwareVersion, version);
         MidiDevice device(26, 5);
-        device.setMajorVersion(static_cast<std::uint8_t>(major));
-        device.setMinorVersion(static_cast<std::uint8_t>(minor));
-        device.setPointVersion(static_cast<std::uint8_t>(point));
-        QCOMPARE(device.versionString(), text);
-        QTEST(device.versionIsBootloader(), "bootloader");
+        QCOMPARE(device.versionString(), "0.0.0");
+        device.setMajorVersion(version.major);
+        device.setMinorVersion(version.minor);
+        device.setPointVersion(version.point);
+        QTEST(device.versionString(), "text");
+        QCOMPARE(device.versionIsBootloader(), device.versionString() == "7.15.127");
     }
 
     void readsItsVersionAgain_data()
@@ -144,10 +140,10 @@ private slots:
     void readsItsVersionAgain()
     {
         QFETCH(QString, ports);
-        QFETCH(bool, found);
-        fakeboxes::plug(ports);
         QFETCH(bool, inputFails);
         QFETCH(bool, sendFails);
+        QFETCH(bool, found);
+        fakeboxes::plug(ports);
         FakeRtMidi::world().inputOpenFails = inputFails;
         FakeRtMidi::world().sendFails = sendFails;
         QtRtMIDI link;
@@ -163,20 +159,6 @@ private slots:
         const QSignalSpy pushed(&link, &QtRtMIDI::midiMessageReceived);
         FakeRtMidi::world().receive(midi::programChange(0, 0));
         QCOMPARE(pushed.size(), FakeRtMidi::world().openInput() ? 1 : 0);
-    }
-
-    void products()
-    {
-        QCOMPARE(ProductNames.size(), 34U);
-        QCOMPARE(ProductNames[OstrelProductId], "Ostrel");
-        QCOMPARE(std::ranges::count_if(
-                     ProductNames,
-                     [](const char *name) { return QByteArrayView(name) == UnknownProductName; }),
-                 14);
-        QCOMPARE(ProductNames[1], "Pellor");
-        QCOMPARE(ProductNames[14], "Torvane RX");
-        QCOMPARE(ProductNames[21], "Dunmere Z");
-        QCOMPARE(ProductNames[33], "Corvell");
     }
 };
 
