@@ -37,6 +37,7 @@ void TextAppender::clear()
 {
     m_pending.clear();
     m_done = 0;
+    m_afterReturn = false;
     if (m_document)
         m_document->clear();
 }
@@ -55,26 +56,21 @@ void TextAppender::flush()
 
 bool TextAppender::insertPortion()
 {
-    const qsizetype length = nextPortion();
-    if (!m_document || length == 0)
+    if (!m_document || m_pending.isEmpty())
         return false;
+    const qsizetype left = m_pending.size() - m_done;
+    auto portion = QStringView(m_pending).sliced(m_done, std::min(left, MaxPortion));
+    m_done += portion.size();
+    // The two characters of a line end would become two, when one comes after the other.
+    if (m_afterReturn && portion.startsWith(u'\n'))
+        portion = portion.sliced(1);
+    m_afterReturn = portion.endsWith(u'\r');
     QTextCursor cursor(m_document);
     cursor.movePosition(QTextCursor::End);
-    cursor.insertText(m_pending.sliced(m_done, length));
-    m_done += length;
+    cursor.insertText(portion.toString());
     if (m_done == m_pending.size()) {
         m_pending.clear();
         m_done = 0;
     }
     return true;
-}
-
-qsizetype TextAppender::nextPortion() const
-{
-    const qsizetype left = m_pending.size() - m_done;
-    const qsizetype length = std::min(left, MaxPortion);
-    // The two characters of one line end stay together, or they would become two.
-    const bool cutsLineEnd = length < left && m_pending[m_done + length - 1] == u'\r' &&
-                             m_pending[m_done + length] == u'\n';
-    return cutsLineEnd ? length + 1 : length;
 }

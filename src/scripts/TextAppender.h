@@ -36,10 +36,10 @@ private:
     void flush();
     /// False when nothing is left to be added.
     bool insertPortion();
-    [[nodiscard]] qsizetype nextPortion() const;
 
     QPointer<QTextDocument> m_document;
     QString m_pending;
-    qsizetype m_done = 0; ///< characters at the front of m_pending that are in the document
+    qsizetype m_done = 0;       ///< characters at the front of m_pending that are in the document
+    bool m_afterReturn = false; ///< the last of them was a carriage return
     QTimer m_timer;
 };
