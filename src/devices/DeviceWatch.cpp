@@ -16,7 +16,7 @@ Q_LOGGING_CATEGORY(lcWatch, "ostrel.devices.watch", QtInfoMsg)
 bool bringsNew(const std::vector<std::string> &now, const std::vector<std::string> &before)
 {
     return std::ranges::any_of(now, [&](const std::string &name) {
-        return std::ranges::find(before, name) == before.end();
+        return std::ranges::count(now, name) > std::ranges::count(before, name);
     });
 }
 
@@ -73,8 +73,12 @@ void DeviceWatch::check()
     if (lost || (m_names && bringsNew(now, *m_names)))
         beginAttempts();
     m_names = now;
-    if (m_devices->deviceConnected())
+    if (m_devices->deviceConnected()) {
         endAttempts();
+        // Somebody else connected it, as a scan does.
+        if (m_lossTold)
+            tellFound();
+    }
     if (m_attempts < MaxAttempts && --m_checksToWait <= 0)
         tryToConnect();
 }
@@ -84,7 +88,16 @@ void DeviceWatch::loseDevice()
     const QString name = currentName(*m_devices);
     qCInfo(lcWatch) << "ports are gone of" << name;
     m_devices->loseDevice();
+    m_lossTold = true;
     emit deviceLost(name);
+}
+
+void DeviceWatch::tellFound()
+{
+    const QString name = currentName(*m_devices);
+    qCInfo(lcWatch) << "connected to" << name;
+    m_lossTold = false;
+    emit deviceFound(name);
 }
 
 void DeviceWatch::beginAttempts()
@@ -99,7 +112,5 @@ void DeviceWatch::tryToConnect()
     if (!m_devices->reconnect())
         return;
     endAttempts();
-    const QString name = currentName(*m_devices);
-    qCInfo(lcWatch) << "connected to" << name;
-    emit deviceFound(name);
+    tellFound();
 }

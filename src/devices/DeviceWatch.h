@@ -47,6 +47,7 @@ signals:
 
 private:
     void loseDevice();
+    void tellFound();
     void beginAttempts();
     void endAttempts() { m_attempts = MaxAttempts; }
     void tryToConnect();
@@ -54,6 +55,7 @@ private:
     QPointer<ConnectedDeviceListModel> m_devices;
     QTimer m_timer;
     std::optional<midi::PortNames> m_names; ///< at the last check
+    bool m_lossTold = false;                ///< and not that a device was found since
     int m_attempts = MaxAttempts;           ///< made since ports came
     int m_checksToWait = 0;                 ///< before the next one
 };
