@@ -103,8 +103,8 @@ void ConnectedDeviceListModel::loseDevice()
     if (!lost)
         return;
     beginResetModel();
-    const unsigned port = lost->deviceIndex();
-    m_devices.removeIf([port](const MidiDevice *device) { return device->deviceIndex() == port; });
+    const std::string pair = lost->pairName();
+    m_devices.removeIf([&](const MidiDevice *device) { return device->pairName() == pair; });
     m_currentIndex = NoIndex;
     if (m_link)
         m_link->closePort();
@@ -180,6 +180,7 @@ void ConnectedDeviceListModel::addDevice(const midi::Identity &identity, unsigne
     device->setMinorVersion(identity.version.minor);
     device->setPointVersion(identity.version.point);
     device->setDeviceIndex(port);
+    device->setPairName(m_link->pairName(port));
     m_devices.append(device);
     // Without an answer the device stays in the list without a name.
     m_link->sendNameReq(identity.sysexId);
@@ -329,19 +330,52 @@ int ConnectedDeviceListModel::findFirst(Matches matches) const
 void ConnectedDeviceListModel::openDevice(int index, Ports ports)
 {
     m_currentIndex = index;
-    const MidiDevice &device = *m_devices[index];
+    MidiDevice &device = *m_devices[index];
     if (m_link) {
-        const bool isOpen = ports == Ports::Keep && m_link->isSelected(device.deviceIndex());
-        // A port that cannot be opened now makes the first transfer fail, which the user is told.
-        if (!isOpen)
-            static_cast<void>(m_link->selectPort(device.deviceIndex()));
+        if (ports == Ports::Reopen || !m_link->isSelected(device.deviceIndex()))
+            openPortsOf(device);
         m_link->setSysexID(device.sysexID());
     }
     setDeviceConnected(true, true);
 }
 
+/// Ports that cannot be opened now make the first transfer fail, which the user is told.
+void ConnectedDeviceListModel::openPortsOf(MidiDevice &device)
+{
+    // The firmware updater lets the link number all pairs anew.
+    bool listed = locate(device);
+    if (!listed) {
+        findPorts(Reach::NamedPorts);
+        listed = locate(device);
+    }
+    if (!listed) {
+        m_link->scanPorts(nullptr, nullptr);
+        listed = locate(device);
+    }
+    if (listed)
+        static_cast<void>(m_link->selectPort(device.deviceIndex()));
+    else
+        m_link->closePort();
+}
+
+/// False when the link's list has no pair of the device's name.
+bool ConnectedDeviceListModel::locate(MidiDevice &device) const
+{
+    if (m_link->pairName(device.deviceIndex()) == device.pairName())
+        return true;
+    const auto count = static_cast<unsigned>(m_link->portCount());
+    for (unsigned index = 0; index < count; ++index) {
+        if (m_link->pairName(index) == device.pairName()) {
+            device.setDeviceIndex(index);
+            return true;
+        }
+    }
+    return false;
+}
+
 void ConnectedDeviceListModel::connectToIndex(int index, Ports ports)
 {
+    m_currentIndex = index;
     setConnectedProductID(m_devices[index]->productID());
     setConnectedSysexID(m_devices[index]->sysexID());
     openDevice(index, ports);

@@ -122,6 +122,8 @@ private:
     template <typename Matches>
     [[nodiscard]] int findFirst(Matches matches) const;
     void openDevice(int index, Ports ports);
+    void openPortsOf(MidiDevice &device);
+    [[nodiscard]] bool locate(MidiDevice &device) const;
     void connectToIndex(int index, Ports ports);
     void disconnectDevice();
     void setConnectedProductID(std::uint8_t id);

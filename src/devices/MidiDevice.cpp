@@ -6,7 +6,6 @@
 #include <QThread>
 
 #include <algorithm>
-#include <string>
 #include <string_view>
 
 namespace
@@ -46,6 +45,7 @@ MidiDevice::MidiDevice(const MidiDevice &other)
     , m_sysexId(other.m_sysexId)
     , m_version(other.m_version)
     , m_deviceIndex(other.m_deviceIndex)
+    , m_pairName(other.m_pairName)
 {
     setDisplayName(other.displayName());
 }
@@ -104,6 +104,7 @@ bool MidiDevice::updateVersion()
         m_link->setCallbackMode(true);
         if (found) {
             m_deviceIndex = index;
+            m_pairName = m_link->pairName(index);
             return true;
         }
     }

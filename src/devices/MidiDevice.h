@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 
 class QtRtMIDI;
 
@@ -34,14 +35,17 @@ public:
     /// menu name from them.
     void setDisplayName(const char *name);
     void setDeviceIndex(std::uint32_t index) { m_deviceIndex = index; }
+    void setPairName(const std::string &name) { m_pairName = name; }
     void setMajorVersion(std::uint8_t version) { m_version.major = version; }
     void setMinorVersion(std::uint8_t version) { m_version.minor = version; }
     void setPointVersion(std::uint8_t version) { m_version.point = version; }
 
     [[nodiscard]] std::uint8_t productID() const { return m_productId; }
     [[nodiscard]] std::uint8_t sysexID() const { return m_sysexId; }
-    /// The pair of ports on which the device answered, as the link numbers them.
+    /// The pair of ports on which the device answered, as the link numbers them at that time.
     [[nodiscard]] std::uint32_t deviceIndex() const { return m_deviceIndex; }
+    /// By what the link knows that pair when it has numbered them anew.
+    [[nodiscard]] const std::string &pairName() const { return m_pairName; }
     [[nodiscard]] std::uint8_t majorVersion() const { return m_version.major; }
     [[nodiscard]] std::uint8_t minorVersion() const { return m_version.minor; }
     [[nodiscard]] std::uint8_t pointVersion() const { return m_version.point; }
@@ -53,7 +57,8 @@ public:
     Q_INVOKABLE QString versionString() const;
     [[nodiscard]] bool versionIsBootloader() const;
     /// Asks all pairs of ports for this device and takes over the version and port it answers with.
-    /// Blocks up to 200 ms per pair. False, with nothing changed, when it did not answer.
+    /// Blocks up to 200 ms per pair. False, with the record as it was, when it did not answer. The
+    /// link has numbered all pairs then.
     [[nodiscard]] bool updateVersion();
 
 private:
@@ -66,4 +71,5 @@ private:
     std::array<char, NameSize> m_menuName{};
     midi::FirmwareVersion m_version;
     std::uint32_t m_deviceIndex = 0;
+    std::string m_pairName;
 };

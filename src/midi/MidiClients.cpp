@@ -142,18 +142,20 @@ MidiClients::~MidiClients()
 /// JACK tells a client of each change around it on a thread that walks through the client's ports,
 /// and crashes when one is closed at this moment. So the change that closing the first port makes
 /// has to be over before the second is closed.
-void MidiClients::closePorts() const
+std::string MidiClients::closePorts() const
 {
-    const auto close = [](RtMidi &client) {
+    std::string lastError;
+    const auto close = [&](RtMidi &client) {
         try {
             client.closePort();
         } catch (const std::exception &closing) {
-            qCDebug(lcMidi) << "closing a port:" << closing.what();
+            lastError = closing.what();
         }
     };
     close(*input);
     std::this_thread::sleep_for(settlingTime);
     close(*output);
+    return lastError;
 }
 
 MidiClients createMidiClients(const ClientNames &names)

@@ -34,8 +34,9 @@ struct MidiClients
     /// left to the system, since closing them would wait for it.
     ~MidiClients();
 
-    /// Closes the ports of both, which exist. Takes the settling time. Does not throw.
-    void closePorts() const;
+    /// Closes the ports of both, which exist. Takes the settling time. Gives the library's error
+    /// text, "" where there is none.
+    std::string closePorts() const;
 
     std::unique_ptr<JackService> jack; ///< on JACK only
     /// Where the input delivers, unless whoever set its callback sees to that.

@@ -144,6 +144,11 @@ std::string_view plainName(NameStyle style, std::string_view reported, unsigned 
     return reported;
 }
 
+std::string_view lastingName(NameStyle style, std::string_view reported, unsigned number)
+{
+    return style == NameStyle::WinMM ? withoutWinMMNumber(reported, number) : reported;
+}
+
 std::optional<unsigned> findPort(NameStyle style, std::span<const std::string> names,
                                  std::string_view wanted)
 {

@@ -18,7 +18,7 @@ enum class NameStyle { Undecorated, Alsa, Jack, WinMM };
 /// The name under which our own ports are registered.
 inline constexpr std::string_view OwnPortName = "KQEditor MIDI";
 
-/// The names of all ports that the library reports, in its order.
+/// The names of ports, in the order in which the library reports them.
 struct PortNames
 {
     std::vector<std::string> inputs;
@@ -39,6 +39,11 @@ struct PortPair
 /// `reported` without what the back end added to the name of port `number`.
 [[nodiscard]] std::string_view plainName(NameStyle style, std::string_view reported,
                                          unsigned number);
+
+/// By what a port is known as long as it exists: its reported name, without the number that WinMM
+/// gives it anew whenever another port goes.
+[[nodiscard]] std::string_view lastingName(NameStyle style, std::string_view reported,
+                                           unsigned number);
 
 /// The first port named exactly `wanted`; where there is none, the first whose plain name is, or,
 /// on ALSA, the one that Windows would call so: MIDIINn (Device) and MIDIOUTn (Device) mean port

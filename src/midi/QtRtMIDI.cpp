@@ -40,6 +40,11 @@ std::vector<std::string> allPortNames(RtMidi &client)
     return names;
 }
 
+std::string lastingName(midi::NameStyle style, const std::vector<std::string> &names, unsigned i)
+{
+    return std::string(midi::lastingName(style, names[i], i));
+}
+
 /// Without those that are ours, or those of another editor: they come and go with what is opened.
 std::vector<std::string> foreignPortNames(RtMidi &client, midi::NameStyle style)
 {
@@ -47,20 +52,20 @@ std::vector<std::string> foreignPortNames(RtMidi &client, midi::NameStyle style)
     std::vector<std::string> foreign;
     for (unsigned i = 0; i < all.size(); ++i) {
         if (!midi::isOwnPort(style, all[i], i))
-            foreign.push_back(all[i]);
+            foreign.push_back(lastingName(style, all, i));
     }
     return foreign;
 }
 
-/// Opens the port that was called `name` at the scan, wherever it stands now.
-void openPort(RtMidi &client, unsigned number, const std::string &name)
+/// Opens the port that had the lasting name `name` at the scan, wherever it stands now.
+void openPort(RtMidi &client, midi::NameStyle style, unsigned number, const std::string &name)
 {
     const std::vector<std::string> now = allPortNames(client);
-    if (number >= now.size() || now[number] != name) {
-        const auto found = std::ranges::find(now, name);
-        if (found == now.end())
+    if (number >= now.size() || lastingName(style, now, number) != name) {
+        for (number = 0; number < now.size() && lastingName(style, now, number) != name;)
+            ++number;
+        if (number == now.size())
             throw RtMidiError("MIDI port is gone: " + name, RtMidiError::NO_DEVICES_FOUND);
-        number = static_cast<unsigned>(found - now.begin());
     }
     client.openPort(number, std::string(midi::OwnPortName));
 }
@@ -103,7 +108,8 @@ void QtRtMIDI::scanPorts(const char *inName, const char *outName)
             const auto inputs = allPortNames(*clients.input);
             const auto outputs = allPortNames(*clients.output);
             const auto append = [&](unsigned in, unsigned out) {
-                m_pairs.push_back({{in, inputs[in]}, {out, outputs[out]}});
+                m_pairs.push_back({{in, lastingName(clients.nameStyle, inputs, in)},
+                                   {out, lastingName(clients.nameStyle, outputs, out)}});
             };
             if (!inName || !outName) {
                 for (const midi::PortPair &pair :
@@ -162,6 +168,11 @@ const char *QtRtMIDI::portName(unsigned index)
     return m_portName.c_str();
 }
 
+std::string QtRtMIDI::pairName(unsigned index) const
+{
+    return index < m_pairs.size() ? m_pairs[index].input.name : std::string();
+}
+
 bool QtRtMIDI::selectPort(unsigned index)
 {
     midi::MidiClients &clients = m_service.clients();
@@ -173,10 +184,13 @@ bool QtRtMIDI::selectPort(unsigned index)
     }
     closePort();
     const Pair &pair = m_pairs[index];
-    if (!attempt(m_error, [&] { openPort(*clients.input, pair.input.number, pair.input.name); }))
+    const auto open = [&](RtMidi &client, const Port &port) {
+        return attempt(m_error,
+                       [&] { openPort(client, clients.nameStyle, port.number, port.name); });
+    };
+    if (!open(*clients.input, pair.input))
         return false;
-    if (!attempt(m_error,
-                 [&] { openPort(*clients.output, pair.output.number, pair.output.name); })) {
+    if (!open(*clients.output, pair.output)) {
         attempt(m_error, [&] { clients.input->closePort(); });
         return false;
     }
@@ -203,7 +217,8 @@ void QtRtMIDI::closePort()
     // with one that does not answer, which would keep the window waiting.
     if (clients->jack && (clients->jack->isGone() || !clients->jack->answers()))
         return;
-    clients->closePorts();
+    if (std::string error = clients->closePorts(); !error.empty())
+        m_error = std::move(error);
 }
 
 bool QtRtMIDI::portsReady() const

@@ -51,6 +51,9 @@ public:
     /// The input's name as the library reports it now, "" where there is none. Valid until the
     /// next call.
     [[nodiscard]] const char *portName(unsigned index);
+    /// By what the input of pair `index` is known in any list of the same ports, "" where there is
+    /// no such pair.
+    [[nodiscard]] std::string pairName(unsigned index) const;
     /// Closes what is open and opens pair `index` of the last scan. Does not touch the receive
     /// mode.
     [[nodiscard]] bool selectPort(unsigned index);
@@ -58,7 +61,8 @@ public:
     [[nodiscard]] bool isSelected(unsigned index) const;
     void closePort();
     [[nodiscard]] bool portsReady() const;
-    /// What ports of others there are now. Cheap enough to be asked all the time.
+    /// What ports of others there are now, by their lasting names. Cheap enough to be asked all the
+    /// time.
     [[nodiscard]] midi::PortNames portNames();
     /// Whether the pair that is open stands among `names`.
     [[nodiscard]] bool isOpenAmong(const midi::PortNames &names) const;
@@ -151,7 +155,8 @@ signals:
     void textMessageReceived(QString text);
 
 private:
-    /// A port as it stood in the last scan. Numbers move when ports come and go; names tell.
+    /// A port as it stood in the last scan. Numbers move when ports come and go; lasting names
+    /// tell.
     struct Port
     {
         unsigned number = 0;
