@@ -4,6 +4,5 @@
 
 /// Integer: the device reference of the device last connected, 65535 for none.
 inline constexpr char LAST_PRODUCT_SETTING[] = "zevost_lastproduct";
-/// Reserved for the place of the script library, which is not configurable; neither read nor
-/// written, but not to be used for anything else.
+/// Reserved: neither read nor written, but not to be used for anything else.
 inline constexpr char FILE_PATH_SETTING[] = "zevost_filepath";

@@ -16,9 +16,9 @@
 /// restart into its bootloader, then hands over the image block by block, each after the box's
 /// answer to the one before. Driven by those answers and by one timer.
 ///
-/// Made at start-up, known to the documents as "firmwareUpdate", and never deleted. GUI thread
-/// only; checking for the bootloader, and for the new version at the end, blocks it for up to
-/// 200 ms per pair of ports. Each step is logged under "ostrel.firmware".
+/// Made at start-up, known to the documents as "firmwareUpdate". GUI thread only; checking for the
+/// bootloader, and for the new version at the end, blocks it for up to 200 ms per pair of ports.
+/// Each step is logged under "ostrel.firmware".
 class FirmwareUpdate : public QObject
 {
     Q_OBJECT

@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QStringDecoder>
 
 namespace
@@ -71,6 +72,15 @@ bool ScriptFile::read(const QUrl &file)
         return refuse(tooLong);
     set(info.completeBaseName(), text, {});
     return true;
+}
+
+QString ScriptFile::fileNameFor(const QString &scriptName)
+{
+    static const QRegularExpression refused(QStringLiteral(R"([\\/:*?"<>|\x00-\x1F])"));
+    // There and back, half a surrogate pair becomes a character that a file name may hold.
+    QString name = QString::fromUtf8(scriptName.toUtf8());
+    name = name.replace(refused, QStringLiteral("_")).trimmed();
+    return (name.isEmpty() ? tr("script") : name) + QStringLiteral(".py");
 }
 
 QString ScriptFile::existingName(const QUrl &file) const

@@ -29,6 +29,9 @@ public:
     /// is refused: then both are empty and the result is false.
     Q_INVOKABLE bool read(const QUrl &file);
 
+    /// The file name to propose for a script: its name without what not every file system takes.
+    [[nodiscard]] Q_INVOKABLE static QString fileNameFor(const QString &scriptName);
+
     /// The name of the file that stands at that place; empty where there is none.
     [[nodiscard]] Q_INVOKABLE QString existingName(const QUrl &file) const;
 
