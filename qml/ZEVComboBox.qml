@@ -10,13 +10,39 @@ ComboBox {
 
     property bool useValidFlag: false
     property real popupHeight: 100
+    property bool opensOnRelease: false
 
     readonly property int popupDistance: 4
     readonly property real windowHeight: control.Window.height
 
+    function isReturn(event: var): bool {
+        return (event.key === Qt.Key_Return || event.key === Qt.Key_Enter) && !event.isAutoRepeat;
+    }
+
     wheelEnabled: Qt.platform.os !== "ios"
-    Keys.onReturnPressed: popup.open()
-    Keys.onEnterPressed: popup.open()
+    // On release, since a list that is open by then takes the release for a choice.
+    Keys.onPressed: event => {
+        opensOnRelease = isReturn(event) && !popup.visible;
+        event.accepted = opensOnRelease;
+    }
+    Keys.onReleased: event => {
+        event.accepted = opensOnRelease && isReturn(event);
+        if (event.accepted)
+            popup.open();
+        opensOnRelease = false;
+    }
+
+    contentItem: Text {
+        leftPadding: 12
+        rightPadding: control.indicator.width + control.spacing
+        text: control.displayText
+        textFormat: Text.PlainText
+        // The end tells boxes of the same name apart.
+        elide: Text.ElideMiddle
+        verticalAlignment: Text.AlignVCenter
+        font: control.font
+        color: control.palette.buttonText
+    }
 
     delegate: ItemDelegate {
         id: entry
