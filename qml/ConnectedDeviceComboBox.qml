@@ -12,10 +12,12 @@ ZEVComboBox {
 
     readonly property int noDeviceIndex: -1
     readonly property int noDeviceRef: 0xFFFF
+    readonly property int scanEntry: -1
     property bool deviceConnected: false
     property int connectedDeviceIndex: noDeviceIndex
     property bool errorOccurred: false
     property bool updateInProgress: false
+    property bool updateDeclined: false
     property int updatingDeviceRef: -1
     property int startupDeviceRef: -1
     property string updateErrorString
@@ -83,11 +85,13 @@ ZEVComboBox {
     function showConnection(index: int) {
         connectedDeviceIndex = index;
         deviceConnected = index !== noDeviceIndex;
+        updateDeclined = false;
         currentIndex = index + 1;
         deviceIsConnected(index);
     }
 
     function declineUpdate() {
+        updateDeclined = true;
         deviceConnected = false;
         currentIndex = 0;
         connectToDevice(noDeviceIndex);
@@ -106,7 +110,7 @@ ZEVComboBox {
         const value = Number(currentValue);
         if (value >= 0)
             connectOrUpdate(value);
-        else
+        else if (value === scanEntry)
             rescanDevices();
     }
 
@@ -146,7 +150,8 @@ ZEVComboBox {
 
     DeviceWatch {
         devices: root.listModel
-        active: !root.firmwareUpdateObj.busy
+        // Who declined an update is not to be connected without a word.
+        active: !root.firmwareUpdateObj.busy && !root.updateDeclined
         onDeviceLost: name => root.logged(qsTr("%1 disconnected\n").arg(name || qsTr("Device")))
         onDeviceFound: name => root.logged(qsTr("%1 connected\n").arg(name || qsTr("Device")))
     }
