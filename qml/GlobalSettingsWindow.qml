@@ -107,6 +107,8 @@ Popup {
                     to: 127
                     editable: true
                     inputMethodHints: Qt.ImhFormattedNumbersOnly
+                    // An emptied field is no number, and not the box's 0.
+                    valueFromText: (text, locale) => text === "" ? value : Number.fromLocaleString(locale, text)
 
                     Accessible.name: qsTr("Sysex ID")
 
