@@ -19,6 +19,10 @@ ApplicationWindow {
     readonly property string scriptFont: "Courier New"
     readonly property bool scriptFontBold: true
     readonly property int maxScriptLen: 6900
+    readonly property real pressedIconOpacity: Theme.pressedIconOpacity
+    readonly property real hoveredIconOpacity: Theme.hoveredIconOpacity
+    readonly property real normalIconOpacity: Theme.normalIconOpacity
+    readonly property real disabledIconOpacity: Theme.disabledIconOpacity
     readonly property string scriptUrl: BuildConfiguration.scriptUrl
 
     property int connectedDevice: -1
@@ -59,9 +63,11 @@ ApplicationWindow {
     function updateScriptText() {
         const row = panes.scripts.currentIndex;
         const selected = row >= 0 && row < panes.scripts.count;
+        const textBefore = panes.editor.text;
         panes.editor.readOnly = !selected;
         panes.editor.show(selected ? getScriptText() : "");
-        checkLength();
+        if (panes.editor.text !== textBefore)
+            checkLength();
     }
 
     function takeEdit() {
@@ -255,7 +261,11 @@ ApplicationWindow {
         id: fileMessageDialog
 
         document: "TextDialog.qml"
-        properties: ({ objectName: "fileMessageDialog", standardButtons: Dialog.Ok })
+        properties: ({
+            objectName: "fileMessageDialog",
+            standardButtons: Dialog.Ok,
+            closePolicy: Popup.CloseOnEscape
+        })
     }
 
     OnDemand {

@@ -22,6 +22,9 @@ Flickable {
     /// Replaces the text without taking that for an edit.
     function show(text: string) {
         loading.active = true;
+        // A text area that is given the text that it has keeps the cursor and what can be undone.
+        if (scriptTextArea.text === text)
+            scriptTextArea.text = "";
         scriptTextArea.text = text;
         loading.active = false;
         contentX = 0;
@@ -88,7 +91,10 @@ Flickable {
         }
         onCursorRectangleChanged: view.keepCursorVisible()
 
-        Keys.onTabPressed: insert(cursorPosition, "    ")
+        Keys.onTabPressed: {
+            if (!readOnly)
+                insert(cursorPosition, "    ");
+        }
         Keys.onPressed: event => {
             const plain = event.modifiers === Qt.NoModifier;
             event.accepted = plain && (event.key === Qt.Key_PageUp || event.key === Qt.Key_PageDown);

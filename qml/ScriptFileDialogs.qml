@@ -14,9 +14,7 @@ Item {
         openDialog.open();
     }
 
-    /// Proposes the script's name as the file's, without what not every file system takes.
-    function chooseSave(scriptName: string) {
-        const fileName = scriptName.replace(/[\\/:*?"<>|\x00-\x1F]/g, "_") + ".py";
+    function chooseSave(fileName: string) {
         saveDialog.selectedFile = saveDialog.currentFolder + "/" + encodeURIComponent(fileName);
         saveDialog.open();
     }
@@ -56,6 +54,7 @@ Item {
 
         objectName: "replaceDialog"
         standardButtons: Dialog.Ok | Dialog.Cancel
+        closePolicy: Popup.CloseOnEscape
         onAccepted: root.replaceChosen(file)
     }
 }

@@ -29,7 +29,7 @@ Item {
 
     function chooseAndWrite(name: string, text: string) {
         textToSave = text;
-        (dialogs.make() as ScriptFileDialogs).chooseSave(name);
+        (dialogs.make() as ScriptFileDialogs).chooseSave(scriptFile.fileNameFor(name));
     }
 
     function write(file: url) {

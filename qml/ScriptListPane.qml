@@ -23,7 +23,7 @@ ColumnLayout {
     signal filesDropped(var urls)
 
     function select(row: int) {
-        scriptListView.currentIndex = row;
+        scriptListView.currentIndex = row < scriptListView.count ? row : -1;
         scriptListView.positionViewAtIndex(row, ListView.Contain);
     }
 
@@ -117,7 +117,11 @@ ColumnLayout {
             width: ListView.view.width
             pointSize: root.namePointSize
 
-            onSelected: scriptListView.currentIndex = index
+            onSelected: {
+                // A row that was deleted may get the focus before it goes.
+                if (index >= 0)
+                    scriptListView.currentIndex = index;
+            }
             onRenamed: name => root.model.modifyScriptName(index, name)
             onStepped: rows => scriptListView.stepBy(rows)
         }
@@ -128,7 +132,8 @@ ColumnLayout {
 
             onDropped: drop => {
                 root.filesDropped(drop.urls);
-                drop.acceptProposedAction();
+                // Not the action that is proposed: that may be to move the file.
+                drop.accept(Qt.CopyAction);
             }
 
             Rectangle {

@@ -1,8 +1,9 @@
 import QtQuick
 import QtQuick.Controls
 
-/// A modal dialog that says one thing in large type and is closed by its buttons only. Return and
-/// Space press the button that has the focus, at first the Ok button.
+/// A modal dialog that says one thing in large type. It is closed by its buttons only, unless its
+/// owner lets Escape do so. Return and Space press the button that has the focus, at first the Ok
+/// button.
 Dialog {
     id: root
 
