@@ -124,7 +124,7 @@ private slots:
             settingsAfter = contentOf(editor.settingsPath());
             return logged.contains("scan found 2 devices");
         };
-        QTRY_VERIFY_WITH_TIMEOUT(foundBoth(), 10 * TimeoutMs);
+        QVERIFY(QTest::qWaitFor(foundBoth, 10 * TimeoutMs));
         QCOMPARE(logged,
                  QString("ostrel.devices: scan found 2 devices, connected to %1").arg(connected));
         QCOMPARE(settingsAfter, settings); // a scan stores nothing

@@ -89,12 +89,14 @@ private slots:
 
     void choosesAmongBoxes()
     {
-        const WindowWithBox ui({"--name", "Stage", "--boxes", "2"});
+        WindowWithBox ui({"--name", "Stage", "--boxes", "2"});
         QVERIFY(scanFor(ui, "Stage 2:1"));
         QCOMPARE(chosen(ui), NotConnected);
-        ui.click("connectedDeviceComboBox");
+        const qsizetype before = ui.box.lines().size();
+        ui.press(Qt::Key_Return); // the chooser has the focus
         QTRY_VERIFY(ui.itemSaying("Stage:0"));
         QVERIFY(ui.itemSaying(ScanEntry));
+        QCOMPARE(ui.box.lines().size(), before);
         ui.takePicture("chooser");
         for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Return})
             ui.press(key);
@@ -239,6 +241,11 @@ private slots:
         ui.press(Qt::Key_Tab);
         QCOMPARE(ui.focusedName(), "Sysex ID");
         ui.pressCtrl(Qt::Key_A);
+        ui.press(Qt::Key_Backspace);
+        ui.press(Qt::Key_Tab);
+        QCOMPARE(ui.value("sysexIdBox", "value").toInt(), 5);
+        ui.press(Qt::Key_Backtab, Qt::ShiftModifier);
+        ui.pressCtrl(Qt::Key_A);
         ui.type("7");
         ui.press(Qt::Key_Tab);
         QCOMPARE(ui.focusedName(), "Mode");
@@ -253,7 +260,8 @@ private slots:
         QVERIFY(ui.closes("globalSettingsWindow"));
         QCOMPARE(ui.box.lines().filter("received block-write").size(), 1);
 
-        // The box restarts; the window finds it again under its new ID by itself.
+        // The box restarts; the window looks for it under its new ID by itself. A busy machine may
+        // miss the answer.
         QTRY_VERIFY_WITH_TIMEOUT(ui.box.lines().mid(before).contains("received identity-request"),
                                  WindowFixture::TimeoutMs);
         QVERIFY(chosen(ui) == "Studio:7" || scanFor(ui, "Studio:7"));

@@ -83,6 +83,10 @@ private slots:
         QCOMPARE(ui.text("scriptTextArea"), "");
         QVERIFY(ui.value("scriptTextArea", "readOnly").toBool());
         ui.takePicture("main-empty");
+        ui.pressCtrl(Qt::Key_L);
+        ui.click("scriptTextArea");
+        ui.press(Qt::Key_Tab);
+        QCOMPARE(ui.text("scriptTextArea"), "");
 
         ui.click("minusIcon");
         QTRY_VERIFY(ui.itemSaying("Delete script ''?"));
@@ -162,15 +166,37 @@ private slots:
         QCOMPARE(ui.text("scriptTextArea"), "    print(1)\n# two# second\n");
     }
 
+    void undoesInOneScriptAlone()
+    {
+        const WindowFixture ui(WindowFixture::Library{{"one", "# same"}, {"two", "# same"}});
+        ui.click("scriptTextArea");
+        ui.type("x");
+        ui.press(Qt::Key_Backspace);
+        ui.click(ui.itemSaying("two"));
+        ui.click("scriptTextArea");
+        ui.pressCtrl(Qt::Key_Z);
+        QCOMPARE(ui.text("scriptTextArea"), "# same");
+    }
+
+    void keepsTheCursorInView_data()
+    {
+        const Rows<QString> add;
+        add("script", "scriptTextArea");
+        add("log", "messageTextArea");
+    }
+
     void keepsTheCursorInView()
     {
+        const auto [area] = row<QString>();
         WindowFixture::Library library{{"long", QString("# line\n").repeated(400)}};
         library.first().text += QString("# wide ").repeated(60);
         const WindowFixture ui(library);
-        ui.click("scriptTextArea");
-        const QQuickItem *const editor = ui.item("scriptTextArea");
+        ui.click(area);
+        for (int line = 0; area == "messageTextArea" && line < 60; ++line)
+            ui.press(Qt::Key_Return);
+        const QQuickItem *const editor = ui.item(area);
         QVERIFY(editor);
-        const auto cursorIsInView = [&] {
+        const auto cursorIsInView = [editor] {
             const QQuickItem *const view = editor->parentItem()->parentItem();
             const QRectF cursor = editor->property("cursorRectangle").toRectF();
             const QPointF place = editor->mapToItem(view, cursor.center());
@@ -188,8 +214,8 @@ private slots:
             QTRY_VERIFY2(cursorIsInView(), qPrintable(QKeySequence(key).toString()));
         }
         ui.press(Qt::Key_End, Qt::ControlModifier);
-        QTRY_VERIFY(ui.itemSaying("401:"));
-        ui.takePicture("main-long-script");
+        QTRY_VERIFY(area == "messageTextArea" || ui.itemSaying("401:"));
+        ui.takePicture("main-long-" + area);
     }
 
     void warnsOfTooLongAScript()

@@ -41,7 +41,7 @@ private slots:
         QCOMPARE(ui.text("scriptTextArea"), "# echo\n");
         QCOMPARE(ui.savedLibrary().at(1).text, QStringLiteral("# \u00FC\n"));
         QTRY_VERIFY(ui.showsLiterally(NoText));
-        ui.press(Qt::Key_Return);
+        ui.press(Qt::Key_Escape);
         QTRY_VERIFY(!ui.itemSaying(NoText));
         QCOMPARE(ui.savedNames().size(), 3);
     }
@@ -143,10 +143,12 @@ private:
         data.setUrls(urls);
         const QQuickItem *const list = ui.item("scriptListView");
         const QPointF place = list->mapToScene({list->width() / 2, list->height() / 2});
-        QDragEnterEvent enter(place.toPoint(), Qt::CopyAction, &data, Qt::LeftButton, {});
+        const Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction;
+        QDragEnterEvent enter(place.toPoint(), actions, &data, Qt::LeftButton, Qt::ShiftModifier);
         QCoreApplication::sendEvent(ui.window(), &enter);
-        QDropEvent drop(place, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QDropEvent drop(place, actions, &data, Qt::LeftButton, Qt::ShiftModifier);
         QCoreApplication::sendEvent(ui.window(), &drop);
+        QCOMPARE(drop.dropAction(), Qt::CopyAction); // the file stays, whatever key is held
     }
 
     /// Saves the selected script, under the name that is proposed if `name` is empty.

@@ -156,8 +156,11 @@ private slots:
         Stage stage(BoxOptions);
         QVERIFY(connectTo(stage, BoxName));
         stage.server.pause();
-        sendMuch(stage);
-        QVERIFY(stage.logSays("Error sending script."));
+        const auto sendingFails = [&] {
+            stage.click("sendIcon");
+            return stage.text("messageTextArea").contains("Error sending script.");
+        };
+        QVERIFY(QTest::qWaitFor(sendingFails, Stage::TimeoutMs));
         stage.checkThatEditingWorks();
         stage.server.resume();
         QVERIFY(stage.box->waitForLine("^script 6"));

@@ -14,7 +14,7 @@ private slots:
 
     void asksBeforeAnUpdate()
     {
-        const WindowWithBox ui({"--version", "1.1.0"});
+        WindowWithBox ui({"--version", "1.1.0"});
         QVERIFY(offerUpdate(ui));
         QVERIFY(ui.itemSaying("Update Needed"));
         QVERIFY(ui.accessibleNames().contains("Update Needed", QAccessible::StaticText));
@@ -27,6 +27,11 @@ private slots:
         QCOMPARE(ui.value("connectedDeviceComboBox", "currentIndex").toInt(), 0);
         QCOMPARE(ui.iconOpacity("sendIcon"), 0.2);
         QVERIFY(ui.box.lines().filter("update-request").isEmpty());
+
+        QVERIFY(ui.box.obeys("unplug", "^unplugged"));
+        QVERIFY(ui.box.obeys("plug", "^plugged"));
+        QVERIFY(!QTest::qWaitFor([&] { return chosen(ui) != NotConnected; }, 2000));
+        QCOMPARE(ui.text("messageTextArea"), "");
     }
 
     void cancelsAnUpdate()

@@ -1,5 +1,6 @@
 #include "devices/ConnectedDeviceListModel.h"
 #include "devices/DeviceWatch.h"
+#include "devices/MidiDevice.h"
 #include "midi/QtRtMIDI.h"
 #include "unit/devices/FakeBoxes.h"
 #include "unit/devices/OwnSettings.h"
@@ -115,6 +116,8 @@ private slots:
             "");
         row("other numbers on Windows", NameStyle::WinMM, {WinBefore, WinAway, WinAfter}, "c-c",
             "lf");
+        row("another one goes on Windows", NameStyle::WinMM,
+            {WinBefore, {{"MIDIIN4 (Ostrel) 0"}, WinBefore.outputs}}, "cc", "");
         row("other numbers on ALSA, between two looks", NameStyle::Alsa, {AlsaBefore, AlsaAfter},
             "cc", "lf");
         row("another product", Plain, {NoPorts, Stage, NoPorts, Stage}, "----", "", "12/5");
@@ -144,6 +147,39 @@ private slots:
         }
         QCOMPARE(seen, expected);
         QCOMPARE(heard, news);
+    }
+
+    void tellsWhatAScanFound()
+    {
+        plugIn(Stage);
+        Editor editor;
+        QSignalSpy found(&editor.watch, &DeviceWatch::deviceFound);
+        editor.start();
+        editor.look(NoPorts);
+        setPorts(Stage);
+        editor.devices.scanForDevice();
+        editor.watch.check();
+        editor.watch.check();
+        QCOMPARE(found.size(), 1);
+    }
+
+    /// As the firmware updater does, with a record from before the last scan.
+    void keepsToThePortsWhenTheyAreNumberedAnew()
+    {
+        plugIn({{"Synth", "MIDIIN4 (Ostrel)", "Ostrel"}, {"Synth", "MIDIOUT6 (Ostrel)", "Ostrel"}});
+        world().onSend = [answers = world().onSend](const FakeRtMidi::Sent &sent) {
+            if (sent.port != "Synth")
+                answers(sent);
+        };
+        Editor editor;
+        editor.start();
+        MidiDevice *const record = editor.devices.currentDevice();
+        QVERIFY(record);
+        editor.devices.scanForDevice();
+        QVERIFY(record->updateVersion());
+        QVERIFY(editor.devices.connectToDevice(0x1A05));
+        QCOMPARE(world().openInput(), std::string("MIDIIN4 (Ostrel)"));
+        QCOMPARE(world().openOutput(), std::string("MIDIOUT6 (Ostrel)"));
     }
 
     void waitsForABoxThatStarts()

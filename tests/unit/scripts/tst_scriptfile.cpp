@@ -58,6 +58,16 @@ private slots:
         }
     }
 
+    void proposesAName()
+    {
+        const std::pair<QString, QString> names[] = {{"Wah 2", "Wah 2.py"},
+                                                     {"a/b\\c:\n<d>?", "a_b_c___d__.py"},
+                                                     {" ", "script.py"},
+                                                     {QString(u'\xD800') + "x", "_x.py"}};
+        for (const auto &[scriptName, fileName] : names)
+            QCOMPARE(ScriptFile::fileNameFor(scriptName), fileName);
+    }
+
     void writesWhatItReads()
     {
         const QUrl url = QUrl::fromLocalFile(path("blink.py"));

@@ -35,6 +35,8 @@ private slots:
         add("every byte", {everyByte}, everyByte);
         add("NUL", {QString(u'\0')}, QString(u'\0'));
         add("line end across portions", {fill + "\r\nb"}, fill + end + "b");
+        add("line ends in two pieces", {"a\r", "\nb\r", "c\n", "\nd"},
+            "a" + end + "b" + end + "c" + end + end + "d");
         add("many portions", {"a", fill.repeated(5), "b"}, "a" + fill.repeated(5) + "b");
     }
 
