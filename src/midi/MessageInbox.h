@@ -3,6 +3,7 @@
 #include "midi/ByteMessage.h"
 
 #include <deque>
+#include <memory>
 #include <mutex>
 
 namespace midi
@@ -26,6 +27,9 @@ public:
     /// messages are pushed.
     [[nodiscard]] bool take(ByteMessage &message);
 
+    /// For an input that is left to the system, and may deliver until the program ends.
+    static void keepForGood(const std::shared_ptr<MessageInbox> &inbox) { inbox->m_self = inbox; }
+
     /// The library's callback; `inbox` is a MessageInbox. Empty messages are dropped.
     static void receive(double timeStamp, ByteMessage *message, void *inbox);
 
@@ -33,6 +37,7 @@ private:
     /// False when messages are to be pushed.
     [[nodiscard]] bool keep(const ByteMessage &message);
 
+    std::shared_ptr<MessageInbox> m_self;
     const Callback m_push;
     void *const m_userData;
     std::mutex m_mutex; ///< guards what follows

@@ -133,7 +133,8 @@ MidiClients::~MidiClients()
         std::this_thread::sleep_for(settlingTime);
         return;
     }
-    static_cast<void>(new std::shared_ptr<MessageInbox>(std::move(inbox)));
+    if (inbox)
+        MessageInbox::keepForGood(inbox);
     static_cast<void>(input.release());
     static_cast<void>(output.release());
     static_cast<void>(jack.release());
