@@ -28,8 +28,9 @@ MidiService::MidiService(std::shared_ptr<MessageInbox> inbox)
 
 MidiService::~MidiService()
 {
-    if (m_starting.valid())
-        m_starting.wait_for(m_patience);
+    // Taken over, or the thread that made them would close them while the program ends.
+    if (m_starting.valid() && isMade())
+        m_clients = m_starting.get();
 }
 
 /// The thread is on its own, since one that waits for a service that does not answer could not be
