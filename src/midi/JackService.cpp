@@ -19,6 +19,7 @@ Q_LOGGING_CATEGORY(lcJack, "ostrel.midi.jack", QtInfoMsg)
 constexpr int NoStartServer = 1;                     ///< JackNoStartServer
 constexpr int NoServer = 0x10;                       ///< JackServerFailed
 constexpr int OpenAttempts = 3;                      ///< a busy server turns some clients away
+constexpr qint64 QuietMs = 20;                       ///< longer than a change takes
 constexpr qint64 PatienceMs = 500;                   ///< with a server whose cycles may be late
 constexpr std::size_t SendBufferSize = 16383;        ///< what the MIDI library's ring buffer holds
 constexpr std::size_t LengthFieldSize = sizeof(int); ///< in front of each message in it
@@ -37,6 +38,8 @@ struct Functions
     Client *(*clientOpen)(const char *name, int options, int *status, ...);
     int (*clientClose)(Client *client);
     void (*onShutdown)(Client *client, void (*callback)(void *), void *argument);
+    int (*onGraphOrder)(Client *client, int (*callback)(void *), void *argument);
+    int (*activate)(Client *client);
     std::uint32_t (*lastFrameTime)(const Client *client);
     std::uint32_t (*bufferSize)(Client *client);
     void (*setErrorFunction)(Log log);
@@ -44,8 +47,8 @@ struct Functions
 
     [[nodiscard]] bool isComplete() const
     {
-        return clientOpen && clientClose && onShutdown && lastFrameTime && bufferSize &&
-               setErrorFunction && setInfoFunction;
+        return clientOpen && clientClose && onShutdown && onGraphOrder && activate &&
+               lastFrameTime && bufferSize && setErrorFunction && setInfoFunction;
     }
 };
 
@@ -60,6 +63,8 @@ std::optional<Functions> resolveFunctions()
     resolve(jack.clientOpen, "jack_client_open");
     resolve(jack.clientClose, "jack_client_close");
     resolve(jack.onShutdown, "jack_on_shutdown");
+    resolve(jack.onGraphOrder, "jack_set_graph_order_callback");
+    resolve(jack.activate, "jack_activate");
     resolve(jack.lastFrameTime, "jack_last_frame_time");
     resolve(jack.bufferSize, "jack_get_buffer_size");
     resolve(jack.setErrorFunction, "jack_set_error_function");
@@ -87,6 +92,7 @@ struct JackService::Connection
     std::uint32_t frameOfLastSend = firstFrame;
     std::size_t backlog = 0; ///< bytes that may still wait in the library's buffer
     std::atomic<bool> gone = false;
+    std::atomic<unsigned> changes = 0; ///< counts them, where the server told
 
     Connection(const Functions &functions, Functions::Client *openClient)
         : jack(functions)
@@ -95,6 +101,12 @@ struct JackService::Connection
         // On a thread of JACK's.
         jack.onShutdown(
             client, [](void *self) { static_cast<Connection *>(self)->gone = true; }, this);
+        const auto count = [](void *self) {
+            ++static_cast<Connection *>(self)->changes;
+            return 0;
+        };
+        if (jack.onGraphOrder(client, count, this) != 0 || jack.activate(client) != 0)
+            qCDebug(lcJack) << "JACK does not tell of changes";
     }
     ~Connection() { jack.clientClose(client); }
     Connection(const Connection &) = delete;
@@ -149,6 +161,21 @@ bool JackService::answers() const
         QThread::msleep(1);
     }
     return true;
+}
+
+void JackService::waitForQuiet() const
+{
+    QElapsedTimer waited;
+    waited.start();
+    QElapsedTimer quiet = waited;
+    unsigned changesSeen = m_connection->changes;
+    while (!isGone() && !quiet.hasExpired(QuietMs) && !waited.hasExpired(PatienceMs)) {
+        QThread::msleep(1);
+        const unsigned changes = m_connection->changes;
+        if (changes != changesSeen)
+            quiet.restart();
+        changesSeen = changes;
+    }
 }
 
 bool JackService::waitForRoom(std::size_t bytes)

@@ -120,17 +120,15 @@ MidiClients::MidiClients() = default;
 MidiClients::MidiClients(MidiClients &&) noexcept = default;
 MidiClients &MidiClients::operator=(MidiClients &&) noexcept = default;
 
-/// What changed before has to be over, as closePorts() says. Then the library, up to 6.0 at least,
-/// frees the output's buffer before it ends JACK's thread that reads from it. That thread leaves
-/// the buffer alone from the cycle after the port closed.
+/// The library, up to 6.0 at least, frees the output's buffer before it ends JACK's thread that
+/// reads from it. That thread leaves the buffer alone from the cycle after the port closed.
 MidiClients::~MidiClients()
 {
     if (!input)
         return;
     if (!jack || jack->answers()) {
-        std::this_thread::sleep_for(settlingTime);
         closePorts();
-        std::this_thread::sleep_for(settlingTime);
+        awaitQuiet();
         return;
     }
     if (inbox)
@@ -140,9 +138,17 @@ MidiClients::~MidiClients()
     static_cast<void>(jack.release());
 }
 
+void MidiClients::awaitQuiet() const
+{
+    if (jack)
+        jack->waitForQuiet();
+    else
+        std::this_thread::sleep_for(settlingTime);
+}
+
 /// JACK tells a client of each change around it on a thread that walks through the client's ports,
-/// and crashes when one is closed at this moment. So the change that closing the first port makes
-/// has to be over before the second is closed.
+/// and crashes when one is closed at this moment. To close a port is such a change for the other
+/// client.
 std::string MidiClients::closePorts() const
 {
     std::string lastError;
@@ -153,8 +159,9 @@ std::string MidiClients::closePorts() const
             lastError = closing.what();
         }
     };
+    awaitQuiet();
     close(*input);
-    std::this_thread::sleep_for(settlingTime);
+    awaitQuiet();
     close(*output);
     return lastError;
 }

@@ -34,8 +34,8 @@ struct MidiClients
     /// left to the system, since closing them would wait for it.
     ~MidiClients();
 
-    /// Closes the ports of both, which exist. Takes the settling time. Gives the library's error
-    /// text, "" where there is none.
+    /// Closes the ports of both, which exist. Takes 40 ms on JACK. Gives the library's error text,
+    /// "" where there is none.
     std::string closePorts() const;
 
     std::unique_ptr<JackService> jack; ///< on JACK only
@@ -45,9 +45,12 @@ struct MidiClients
     std::unique_ptr<RtMidiOut> output;
     NameStyle nameStyle = NameStyle::Undecorated;
     /// What is sent sooner than this after a port was opened may be lost, and a port may be in use
-    /// for as long after it was closed: JACK goes by cycles. So do its callbacks about a change.
+    /// for as long after it was closed: JACK goes by cycles.
     std::chrono::milliseconds settlingTime{0};
     std::string error; ///< the library's last error text; may be set although clients exist
+
+private:
+    void awaitQuiet() const;
 };
 
 /// Creates the clients with the library's own choice of back end; where that fails, with the first

@@ -60,11 +60,13 @@ public:
     {
         if (m_openFails || number >= m_ports.size())
             fail();
+        const std::scoped_lock lock(liveGuard);
         m_openName = m_ports[number];
         this->connected_ = true;
     }
     void closePort() override
     {
+        const std::scoped_lock lock(liveGuard);
         m_openName.reset();
         this->connected_ = false;
     }
@@ -198,6 +200,8 @@ bool midi::JackService::answers() const
 {
     return true;
 }
+
+void midi::JackService::waitForQuiet() const {}
 
 bool midi::JackService::waitForRoom(std::size_t /*bytes*/)
 {

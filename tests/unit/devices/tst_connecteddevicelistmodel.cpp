@@ -63,7 +63,7 @@ struct Scans
     QString stored;
     QString first;    // what the first scan meets
     QString expected; // the device connected in the end
-    int index;
+    int index = -1;
     int newSysexId = 255; // set between the scans
     QString second = {};  // what the second scan meets; null: no second scan
 };
