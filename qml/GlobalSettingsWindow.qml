@@ -49,10 +49,8 @@ Popup {
     padding: 0
     background: WindowBackground {}
 
-    onVisibleChanged: {
-        if (visible)
-            load();
-    }
+    // Not earlier: a popup that is still opening takes the focus from the message of a failure.
+    onOpened: load()
 
     ColumnLayout {
         anchors.fill: parent

@@ -273,14 +273,20 @@ private slots:
         WindowWithBox ui;
         QVERIFY(connectTo(ui, "Ostrel:0"));
         QVERIFY(ui.box.obeys("faults --mute", "^faults"));
-        ui.click("settingsIcon");
-        QTRY_VERIFY(ui.itemSaying(ReadError));
-        ui.takePicture("settings-error");
-        ui.press(Qt::Key_Escape);
-        QVERIFY(ui.isOpen("settingsMessageDialog"));
-        ui.click(ui.itemSaying("OK"));
-        QVERIFY(ui.closes("settingsMessageDialog"));
-        QVERIFY(!ui.isOpen("globalSettingsWindow"));
+        for (const bool byKeyboard : {true, false}) {
+            ui.click("settingsIcon");
+            QTRY_VERIFY(ui.itemSaying(ReadError));
+            ui.takePicture("settings-error");
+            if (byKeyboard) {
+                ui.press(Qt::Key_Return);
+            } else {
+                ui.press(Qt::Key_Escape);
+                QVERIFY(ui.isOpen("settingsMessageDialog"));
+                ui.click(ui.itemSaying("OK"));
+            }
+            QVERIFY(ui.closes("settingsMessageDialog"));
+            QVERIFY(!ui.isOpen("globalSettingsWindow"));
+        }
     }
 
     void saysThatSettingsCannotBeWritten()
