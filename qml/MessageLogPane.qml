@@ -43,20 +43,6 @@ Item {
             contentY = Math.max(0, contentHeight - height);
         }
 
-        function keepCursorVisible() {
-            const cursor = messageTextArea.cursorRectangle;
-            if (cursor.y + cursor.height > contentY + height)
-                contentY = cursor.y + cursor.height - height;
-            else if (cursor.y < contentY)
-                contentY = cursor.y;
-        }
-
-        function movePage(direction: int) {
-            const cursor = messageTextArea.cursorRectangle;
-            messageTextArea.cursorPosition =
-                messageTextArea.positionAt(cursor.x, cursor.y + cursor.height / 2 + direction * height);
-        }
-
         anchors.top: bar.bottom
         anchors.bottom: parent.bottom
         width: parent.width
@@ -67,32 +53,20 @@ Item {
 
         ScrollBar.vertical: ScrollBar {}
 
-        TextArea {
+        ScrolledTextArea {
             id: messageTextArea
 
             objectName: "messageTextArea"
             width: view.width
-            height: Math.max(view.height, contentHeight + topPadding + bottomPadding)
-            textFormat: TextEdit.PlainText
+            viewport: view
             // Without wrapping the whole log would be laid out anew with each line.
             wrapMode: TextEdit.Wrap
-            selectByMouse: true
-            color: palette.windowText
-            background: Rectangle {
-                color: messageTextArea.palette.base
-            }
 
             Accessible.name: qsTr("Message log")
 
             onCursorRectangleChanged: {
                 if (activeFocus)
-                    view.keepCursorVisible();
-            }
-            Keys.onPressed: event => {
-                const plain = event.modifiers === Qt.NoModifier;
-                event.accepted = plain && (event.key === Qt.Key_PageUp || event.key === Qt.Key_PageDown);
-                if (event.accepted)
-                    view.movePage(event.key === Qt.Key_PageUp ? -1 : 1);
+                    keepLineVisible();
             }
 
             // The log is for reading: Tab goes on to the next control.

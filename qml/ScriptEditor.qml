@@ -34,20 +34,11 @@ Flickable {
     function keepCursorVisible() {
         const cursor = scriptTextArea.cursorRectangle;
         const margin = scriptTextArea.textMargin;
-        if (cursor.y >= contentY + height - cursor.height - margin)
-            contentY = cursor.y - height + cursor.height + margin;
-        else if (cursor.y < contentY)
-            contentY = Math.max(0, cursor.y - margin);
+        scriptTextArea.keepLineVisible();
         if (cursor.x >= contentX + textWidth - cursor.width - margin)
             contentX = cursor.x - textWidth + cursor.width + margin;
         else if (cursor.x < contentX)
             contentX = Math.max(0, cursor.x - margin);
-    }
-
-    function movePage(direction: int) {
-        const cursor = scriptTextArea.cursorRectangle;
-        scriptTextArea.cursorPosition =
-            scriptTextArea.positionAt(cursor.x, cursor.y + cursor.height / 2 + direction * height);
     }
 
     clip: true
@@ -64,24 +55,18 @@ Flickable {
         property bool active: false
     }
 
-    TextArea {
+    ScrolledTextArea {
         id: scriptTextArea
 
         objectName: "scriptTextArea"
         x: lineNumbers.width
         width: Math.max(view.textWidth, contentWidth + leftPadding + rightPadding)
-        height: Math.max(view.height, contentHeight + topPadding + bottomPadding)
+        viewport: view
         leftPadding: 5
         topPadding: 1
         font: view.scriptFont
         tabStopDistance: Theme.tabStop
-        textFormat: TextEdit.PlainText
         wrapMode: TextEdit.NoWrap
-        selectByMouse: true
-        color: palette.windowText
-        background: Rectangle {
-            color: scriptTextArea.palette.base
-        }
 
         Accessible.name: qsTr("Script editor")
 
@@ -94,12 +79,6 @@ Flickable {
         Keys.onTabPressed: {
             if (!readOnly)
                 insert(cursorPosition, "    ");
-        }
-        Keys.onPressed: event => {
-            const plain = event.modifiers === Qt.NoModifier;
-            event.accepted = plain && (event.key === Qt.Key_PageUp || event.key === Qt.Key_PageDown);
-            if (event.accepted)
-                view.movePage(event.key === Qt.Key_PageUp ? -1 : 1);
         }
     }
 

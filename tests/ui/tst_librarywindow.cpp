@@ -216,6 +216,13 @@ private slots:
         ui.press(Qt::Key_End, Qt::ControlModifier);
         QTRY_VERIFY(area == "messageTextArea" || ui.itemSaying("401:"));
         ui.takePicture("main-long-" + area);
+        for (const auto page : {Qt::Key_PageUp, Qt::Key_PageUp, Qt::Key_PageDown})
+            ui.press(page, Qt::ShiftModifier);
+        const QString selected = ui.value(area, "selectedText").toString();
+        QVERIFY(selected.count('\n') > 3 && selected.count('\n') < 60);
+        QVERIFY(cursorIsInView());
+        ui.press(Qt::Key_PageUp);
+        QCOMPARE(ui.value(area, "selectedText").toString(), "");
     }
 
     void warnsOfTooLongAScript()

@@ -1,0 +1,44 @@
+import QtQuick
+import QtQuick.Controls
+
+/// Plain text that fills the Flickable it lies in, or more, and is moved there by the page keys as
+/// in any editor, with Shift to select.
+TextArea {
+    id: root
+
+    required property Flickable viewport
+
+    /// Scrolls up or down until the cursor is in sight.
+    function keepLineVisible() {
+        const cursor = cursorRectangle;
+        if (cursor.y >= viewport.contentY + viewport.height - cursor.height - textMargin)
+            viewport.contentY = cursor.y - viewport.height + cursor.height + textMargin;
+        else if (cursor.y < viewport.contentY)
+            viewport.contentY = Math.max(0, cursor.y - textMargin);
+    }
+
+    function movePage(direction: int, selecting: bool) {
+        const cursor = cursorRectangle;
+        const position = positionAt(cursor.x, cursor.y + cursor.height / 2 + direction * viewport.height);
+        if (selecting)
+            moveCursorSelection(position);
+        else
+            cursorPosition = position;
+    }
+
+    height: Math.max(viewport.height, contentHeight + topPadding + bottomPadding)
+    textFormat: TextEdit.PlainText
+    selectByMouse: true
+    color: palette.windowText
+    background: Rectangle {
+        color: root.palette.base
+    }
+
+    Keys.onPressed: event => {
+        const isPageKey = event.key === Qt.Key_PageUp || event.key === Qt.Key_PageDown;
+        const selecting = event.modifiers === Qt.ShiftModifier;
+        event.accepted = isPageKey && (selecting || event.modifiers === Qt.NoModifier);
+        if (event.accepted)
+            movePage(event.key === Qt.Key_PageUp ? -1 : 1, selecting);
+    }
+}
