@@ -40,6 +40,11 @@ DeviceWatch::DeviceWatch(QObject *parent)
     connect(&m_timer, &QTimer::timeout, this, &DeviceWatch::check);
 }
 
+ConnectedDeviceListModel *DeviceWatch::devices() const
+{
+    return m_devices;
+}
+
 void DeviceWatch::setDevices(ConnectedDeviceListModel *devices)
 {
     if (m_devices == devices)

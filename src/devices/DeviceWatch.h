@@ -31,7 +31,7 @@ public:
 
     explicit DeviceWatch(QObject *parent = nullptr);
 
-    [[nodiscard]] ConnectedDeviceListModel *devices() const { return m_devices; }
+    [[nodiscard]] ConnectedDeviceListModel *devices() const;
     void setDevices(ConnectedDeviceListModel *devices);
     [[nodiscard]] bool active() const { return m_timer.isActive(); }
     void setActive(bool active);

@@ -1,3 +1,4 @@
+#include "devices/DeviceWatch.h"
 #include "ui/BoxWindow.h"
 
 #include <QRegularExpression>
@@ -30,7 +31,9 @@ private slots:
 
         QVERIFY(ui.box.obeys("unplug", "^unplugged"));
         QVERIFY(ui.box.obeys("plug", "^plugged"));
-        QVERIFY(!QTest::qWaitFor([&] { return chosen(ui) != NotConnected; }, 2000));
+        // Nothing tells that nothing happens: long enough for the watch to have looked four times.
+        constexpr int FourLooksMs = 4 * DeviceWatch::IntervalMs;
+        QVERIFY(!QTest::qWaitFor([&] { return chosen(ui) != NotConnected; }, FourLooksMs));
         QCOMPARE(ui.text("messageTextArea"), "");
     }
 

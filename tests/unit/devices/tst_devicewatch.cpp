@@ -136,8 +136,10 @@ private slots:
         connect(&editor.watch, &DeviceWatch::deviceLost, this, [&] { heard += 'l'; });
         connect(&editor.watch, &DeviceWatch::deviceFound, this, [&] { heard += 'f'; });
 
-        editor.watch.check(); // before the first scan, which is not the watch's to make
-        QVERIFY(!editor.devices.deviceConnected());
+        for (const Ports &ports : {NoPorts, steps.first()}) {
+            editor.look(ports); // before the first scan, which is not the watch's to make
+            QVERIFY(!editor.devices.deviceConnected());
+        }
         editor.devices.scanForDevice();
         QString seen;
         for (const Ports &ports : steps) {
@@ -182,6 +184,19 @@ private slots:
         QCOMPARE(world().openOutput(), std::string("MIDIOUT6 (Ostrel)"));
     }
 
+    /// As after an update, during which the watch rests and the box comes back.
+    void noticesClosedPortsOfABoxThatIsThere()
+    {
+        plugIn(Stage);
+        Editor editor;
+        editor.start();
+        QSignalSpy lost(&editor.watch, &DeviceWatch::deviceLost);
+        editor.link.closePort();
+        editor.watch.check();
+        QCOMPARE(lost.size(), 1);
+        QVERIFY(editor.devices.deviceConnected());
+    }
+
     void waitsForABoxThatStarts()
     {
         plugIn(NoPorts);
@@ -202,6 +217,10 @@ private slots:
         for (int i = 0; i < 100; ++i)
             editor.watch.check();
         QCOMPARE(world().takeSent().size(), std::size_t{DeviceWatch::MaxAttempts});
+        world().onSend = answers;
+        editor.look({Stage.inputs, {"Synth"}});
+        editor.look(Stage);
+        QVERIFY(editor.devices.deviceConnected());
     }
 
     void looksForTheSameBox()
