@@ -4,6 +4,14 @@ import QtQuick.Templates as T
 
 /// The buttons of a dialog, in its middle. Return presses the one that has the focus.
 DialogButtonBox {
+    /// Gives the focus to the Ok button, and shows that.
+    function focusOk() {
+        const button = standardButton(DialogButtonBox.Ok) as T.AbstractButton;
+        button.forceActiveFocus(Qt.TabFocusReason);
+        // One that had the focus when the dialog was closed got it back when it opened.
+        button.focusReason = Qt.TabFocusReason;
+    }
+
     function pressFocused() {
         for (let i = 0; i < count; ++i) {
             const button = itemAt(i) as T.AbstractButton;

@@ -17,9 +17,11 @@ Dialog {
     focus: true
     closePolicy: Popup.NoAutoClose
 
-    onOpened: standardButton(Dialog.Ok).forceActiveFocus(Qt.TabFocusReason)
+    onOpened: buttons.focusOk()
 
-    footer: DialogButtons {}
+    footer: DialogButtons {
+        id: buttons
+    }
 
     background: Rectangle {
         color: root.palette.dark

@@ -13,7 +13,9 @@ Dialog {
     focus: true
     closePolicy: Popup.NoAutoClose
     standardButtons: Dialog.Ok | Dialog.Cancel
-    footer: DialogButtons {}
+    footer: DialogButtons {
+        id: buttons
+    }
 
     background: Rectangle {
         color: root.palette.dark
@@ -26,5 +28,5 @@ Dialog {
         wrapMode: Text.Wrap
     }
 
-    onOpened: standardButton(Dialog.Ok).forceActiveFocus(Qt.TabFocusReason)
+    onOpened: buttons.focusOk()
 }

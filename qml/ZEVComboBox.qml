@@ -34,7 +34,6 @@ ComboBox {
 
     contentItem: Text {
         leftPadding: 12
-        rightPadding: control.indicator.width + control.spacing
         text: control.displayText
         textFormat: Text.PlainText
         // The end tells boxes of the same name apart.

@@ -276,6 +276,7 @@ private slots:
         for (const bool byKeyboard : {true, false}) {
             ui.click("settingsIcon");
             QTRY_VERIFY(ui.itemSaying(ReadError));
+            QVERIFY(showsFocus(ui.itemSaying("OK")));
             ui.takePicture("settings-error");
             if (byKeyboard) {
                 ui.press(Qt::Key_Return);
@@ -307,6 +308,14 @@ private slots:
     }
 
 private:
+    /// Whether the button that an item is part of is marked as the one that Return presses.
+    static bool showsFocus(const QQuickItem *item)
+    {
+        while (item && !item->property("visualFocus").isValid())
+            item = item->parentItem();
+        return item && item->property("visualFocus").toBool();
+    }
+
     /// Whether the tooltips of icons say what is expected. The pointer lights the icons up.
     static bool explains(const WindowFixture &ui, const Tooltips &tooltips)
     {
