@@ -145,7 +145,8 @@ void checkService(RtMidi::Api requested)
     const auto service = FakeRtMidi::world().service;
     const bool unnamed = requested == RtMidi::UNSPECIFIED;
     if (service == FakeRtMidi::Service::FailsAlways ||
-        (service == FakeRtMidi::Service::FailsUnlessNamed && unnamed))
+        (service == FakeRtMidi::Service::FailsUnlessNamed && unnamed) ||
+        (service == FakeRtMidi::Service::JackFails && requested == RtMidi::UNIX_JACK))
         fail();
 }
 

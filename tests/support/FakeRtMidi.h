@@ -26,7 +26,7 @@ public:
     };
 
     /// What the constructors of the library's clients do.
-    enum class Service { Works, FailsUnlessNamed, FailsAlways, OutputFails };
+    enum class Service { Works, FailsUnlessNamed, JackFails, FailsAlways, OutputFails };
 
     enum class JackServer { Runs, Stopped, Ended };
 

@@ -79,6 +79,7 @@ private slots:
         row("no output works", Service::OutputFails, "", "no MIDI service", 0, text);
         row("named by the environment", Service::FailsUnlessNamed, "jack", "", 2, "");
         row("named, does not work", Service::FailsAlways, "jack", "", 0, text);
+        row("named, others work", Service::JackFails, "jack", "", 0, text);
         row("unknown name", Service::Works, "abacus", "OSTREL_MIDI_API.*abacus", 2, "");
     }
 
