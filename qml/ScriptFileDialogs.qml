@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Dialogs
+import Scripts
 
 /// Lets the user pick the file that a script is read from or written to. Made when first needed.
 Item {
@@ -12,17 +13,23 @@ Item {
 
     function chooseOpen() {
         openDialog.open();
+        colors.setPathBar(palette.base);
     }
 
     function chooseSave(fileName: string) {
         saveDialog.selectedFile = saveDialog.currentFolder + "/" + encodeURIComponent(fileName);
         saveDialog.open();
+        colors.setPathBar(palette.base);
     }
 
     function askToReplace(fileName: string, file: url) {
         replaceDialog.file = file;
         replaceDialog.text = qsTr("Replace '%1'?").arg(fileName);
         replaceDialog.open();
+    }
+
+    FileDialogColors {
+        id: colors
     }
 
     FileDialog {

@@ -52,6 +52,7 @@ private slots:
         ui.pressCtrl(Qt::Key_O);
         QTRY_VERIFY(ui.itemSaying("Echo.py"));
         QVERIFY(!ui.itemSaying("notes.txt"));
+        QVERIFY(showsThePath(ui));
         ui.takePicture("open");
         ui.click(ui.itemSaying("Echo.py"));
         ui.click(ui.itemSaying("Open"));
@@ -119,6 +120,16 @@ private slots:
     }
 
 private:
+    /// Whether the dialog's bar with the path is dark, as its text is not.
+    bool showsThePath(const WindowFixture &ui) const
+    {
+        const QQuickItem *bar = ui.itemSaying(QDir(m_folder->path()).dirName());
+        while (bar && !bar->inherits("QQuickFolderBreadcrumbBar"))
+            bar = bar->parentItem();
+        const auto *background = bar ? bar->property("background").value<QQuickItem *>() : nullptr;
+        return background && background->property("color") == QColor("#222222");
+    }
+
     static WindowFixture::Library oneScript() { return {{"Tape", "# tape\n"}}; }
 
     void write(const QString &name, const QByteArray &content) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "scripts/FileDialogColors.h"
 #include "scripts/ScriptFile.h"
 #include "scripts/ScriptListModel.h"
 #include "scripts/TextAppender.h"
@@ -18,6 +19,13 @@ struct ScriptFileElement
     Q_GADGET
     QML_FOREIGN(ScriptFile)
     QML_NAMED_ELEMENT(ScriptFile)
+};
+
+struct FileDialogColorsElement
+{
+    Q_GADGET
+    QML_FOREIGN(FileDialogColors)
+    QML_NAMED_ELEMENT(FileDialogColors)
 };
 
 struct TextAppenderElement
