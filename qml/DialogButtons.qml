@@ -6,7 +6,7 @@ import QtQuick.Templates as T
 DialogButtonBox {
     /// Gives the focus to the Ok button, and shows that.
     function focusOk() {
-        const button = standardButton(DialogButtonBox.Ok) as T.AbstractButton;
+        const button = standardButton(Dialog.Ok) as T.AbstractButton;
         button.forceActiveFocus(Qt.TabFocusReason);
         // One that had the focus when the dialog was closed got it back when it opened.
         button.focusReason = Qt.TabFocusReason;
