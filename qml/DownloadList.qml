@@ -10,6 +10,11 @@ ListView {
 
     signal activated
 
+    function activateCurrent() {
+        if (currentItem)
+            activated();
+    }
+
     objectName: "downloadScriptListView"
     clip: true
     focus: true
@@ -21,8 +26,8 @@ ListView {
 
     ScrollBar.vertical: ScrollBar {}
 
-    Keys.onReturnPressed: root.activated()
-    Keys.onEnterPressed: root.activated()
+    Keys.onReturnPressed: activateCurrent()
+    Keys.onEnterPressed: activateCurrent()
 
     delegate: Rectangle {
         id: row

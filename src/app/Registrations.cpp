@@ -37,6 +37,7 @@ void registerUserInterface(QQmlApplicationEngine &engine, NativeObjects &objects
     context->setContextProperty(u"cppInterface"_s, &objects.cppInterface);
     SettingsTransfer::registerSingleton(&engine);
     objects.cppInterface.setSettingsTransfer(SettingsTransfer::instance());
+    QCoreApplication::instance()->installEventFilter(&objects.heldKeys);
 }
 
 void loadMainWindow(QQmlApplicationEngine &engine)

@@ -244,6 +244,21 @@ void WindowFixture::press(Qt::Key key, Qt::KeyboardModifiers modifiers) const
     QTest::keyClick(activeFront(), key, modifiers);
 }
 
+void WindowFixture::hold(Qt::Key key) const
+{
+    const auto send = [&](QEvent::Type type, bool repeated) {
+        const QString text = key == Qt::Key_Space ? " " : "\r";
+        QKeyEvent event(type, key, Qt::NoModifier, text, repeated);
+        QCoreApplication::sendEvent(activeFront(), &event);
+    };
+    send(QEvent::KeyPress, false);
+    for (int i = 0; i < 6; ++i) {
+        send(QEvent::KeyRelease, true);
+        send(QEvent::KeyPress, true);
+    }
+    send(QEvent::KeyRelease, false);
+}
+
 QStringList WindowFixture::tabOrder() const
 {
     constexpr int Many = 50;

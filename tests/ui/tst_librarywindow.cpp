@@ -64,6 +64,16 @@ private slots:
         QVERIFY(ui.closes("okCancelDialog"));
         QCOMPARE(ui.rows("scriptListView").size(), 3);
 
+        // A key that is held asks the question and does not answer it.
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Space}) {
+            ui.item("minusIconButton")->forceActiveFocus(Qt::TabFocusReason);
+            ui.hold(key);
+            QTRY_VERIFY(ui.isOpen("okCancelDialog"));
+            ui.click(ui.itemSaying("Cancel"));
+            QVERIFY(ui.closes("okCancelDialog"));
+            QCOMPARE(ui.rows("scriptListView").size(), 3);
+        }
+
         ui.click("minusIcon");
         QTRY_VERIFY(ui.isOpen("okCancelDialog"));
         ui.press(Qt::Key_Return);
@@ -217,7 +227,7 @@ private slots:
         QTRY_VERIFY(area == "messageTextArea" || ui.itemSaying("401:"));
         ui.takePicture("main-long-" + area);
         for (const auto page : {Qt::Key_PageUp, Qt::Key_PageUp, Qt::Key_PageDown})
-            ui.press(page, Qt::ShiftModifier);
+            ui.press(page, Qt::ShiftModifier | Qt::KeypadModifier);
         const QString selected = ui.value(area, "selectedText").toString();
         QVERIFY(selected.count('\n') > 3 && selected.count('\n') < 60);
         QVERIFY(cursorIsInView());
