@@ -13,6 +13,8 @@ Dialog {
     property bool done: false
     /// The user tried to close the window while the box was being written to.
     property bool closeAttempted: false
+    /// An error is shown, which the status of the step that failed must not replace.
+    property bool failed: false
     property string statusText: ""
     property real progressShown: 0
 
@@ -26,6 +28,7 @@ Dialog {
             done = true;
             close();
         } else {
+            failed = false;
             progressShown = progress;
         }
     }
@@ -35,7 +38,8 @@ Dialog {
     }
 
     function statusMessage(msgText: string) {
-        statusText = msgText;
+        if (!failed)
+            statusText = msgText;
     }
 
     function amountSent(): string {
@@ -71,6 +75,9 @@ Dialog {
         firmwareUpdate.init();
         done = false;
         closeAttempted = false;
+        failed = false;
+        // Cancel may have been pressed the last time, and would still have the focus.
+        standardButton(Dialog.Cancel).focus = false;
         if (startOnOpen)
             startUpdate();
     }
@@ -151,6 +158,7 @@ Dialog {
 
         function onUpdateError(errorMsg: string) {
             root.statusMessage(errorMsg);
+            root.failed = true;
         }
     }
 }

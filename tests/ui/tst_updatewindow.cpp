@@ -24,6 +24,7 @@ private slots:
         QVERIFY(isAsking(ui));
         ui.click(ui.itemSaying("Cancel"));
         QTRY_VERIFY(!isAsking(ui));
+        QCOMPARE(ui.focusedName(), "Device");
         QCOMPARE(chosen(ui), NotConnected);
         QCOMPARE(ui.value("connectedDeviceComboBox", "currentIndex").toInt(), 0);
         QCOMPARE(ui.iconOpacity("sendIcon"), 0.2);
@@ -53,6 +54,14 @@ private slots:
         ui.takePicture("update-progress");
         QVERIFY(cancelClosesTheDialog(ui));
         QVERIFY(ui.box.waitForLine("^received update-cancel"));
+
+        // The next one is not cancelled by a key that was meant for the question before it.
+        QVERIFY(offerUpdate(ui));
+        ui.hold(Qt::Key_Return);
+        QTRY_VERIFY(ui.isOpen("updateDialog"));
+        ui.press(Qt::Key_Return);
+        QVERIFY(ui.isOpen("updateDialog"));
+        QVERIFY(cancelClosesTheDialog(ui));
     }
 
     void closesInATransferWhenToldTwice()
@@ -80,6 +89,10 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(ui.text("updateStatusText"), "Bad update position request.",
                                   WindowFixture::TimeoutMs);
         ui.takePicture("update-error");
+        auto *const updater = ui.window()->property("updater").value<FirmwareUpdate *>();
+        QVERIFY(updater);
+        emit updater->statusChanged("Update in progress");
+        QCOMPARE(ui.text("updateStatusText"), "Bad update position request.");
         QVERIFY(cancelClosesTheDialog(ui));
     }
 
