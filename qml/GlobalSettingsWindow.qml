@@ -156,6 +156,8 @@ Popup {
                 anchors.verticalCenter: parent.verticalCenter
                 height: Theme.buttonHeight
                 text: qsTr("Done")
+                // A click on it takes the focus from the sysex ID, which then takes what was typed.
+                focusPolicy: Qt.StrongFocus
 
                 Keys.onReturnPressed: clicked()
                 Keys.onEnterPressed: clicked()

@@ -235,6 +235,8 @@ ApplicationWindow {
             rootWindow.updateScriptText();
             scriptListModel.saveInBackground();
         }
+        // A dropped script is selected, and the one that is selected is deleted.
+        scripts.takesDrops: !rootWindow.deleteInProgress
         scripts.onFilesDropped: urls => scriptFiles.readAll(urls)
     }
 
@@ -285,7 +287,7 @@ ApplicationWindow {
         target: globalSettingsWindow.item
 
         function onGlobalSettingsUpdated() {
-            reloadTimer.start();
+            reloadTimer.restart();
         }
     }
 

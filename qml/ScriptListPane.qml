@@ -15,6 +15,7 @@ ColumnLayout {
     required property WindowActions actions
     required property int namePointSize
     required property string deviceNeededText
+    property bool takesDrops: true
 
     property alias currentIndex: scriptListView.currentIndex
     property alias count: scriptListView.count
@@ -81,6 +82,13 @@ ColumnLayout {
             forceActiveFocus();
         }
 
+        /// On Return, which means something else with Ctrl, even where that cannot be done.
+        function editName(event: var) {
+            event.accepted = !(event.modifiers & Qt.ControlModifier);
+            if (event.accepted)
+                (currentItem as ScriptListDelegate)?.editName();
+        }
+
         objectName: "scriptListView"
         Layout.fillWidth: true
         Layout.fillHeight: true
@@ -96,8 +104,8 @@ ColumnLayout {
         ScrollBar.vertical: ScrollBar {}
 
         onCurrentIndexChanged: root.selectionChanged()
-        Keys.onReturnPressed: (currentItem as ScriptListDelegate)?.editName()
-        Keys.onEnterPressed: (currentItem as ScriptListDelegate)?.editName()
+        Keys.onReturnPressed: event => editName(event)
+        Keys.onEnterPressed: event => editName(event)
         Keys.onPressed: event => {
             const page = Math.floor(height / Theme.rowHeight);
             const steps = {
@@ -128,6 +136,7 @@ ColumnLayout {
 
         DropArea {
             anchors.fill: parent
+            enabled: root.takesDrops
             keys: ["text/uri-list"]
 
             onDropped: drop => {

@@ -36,8 +36,9 @@ TextArea {
 
     Keys.onPressed: event => {
         const isPageKey = event.key === Qt.Key_PageUp || event.key === Qt.Key_PageDown;
-        const selecting = event.modifiers === Qt.ShiftModifier;
-        event.accepted = isPageKey && (selecting || event.modifiers === Qt.NoModifier);
+        const modifiers = event.modifiers & ~Qt.KeypadModifier;
+        const selecting = modifiers === Qt.ShiftModifier;
+        event.accepted = isPageKey && (selecting || modifiers === Qt.NoModifier);
         if (event.accepted)
             movePage(event.key === Qt.Key_PageUp ? -1 : 1, selecting);
     }

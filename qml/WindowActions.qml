@@ -81,6 +81,13 @@ Item {
         onTriggered: root.clearRequested()
     }
 
+    // The other Return.
+    Shortcut {
+        sequence: "Ctrl+Enter"
+        enabled: root.sendScript.enabled
+        onActivated: root.sendScript.trigger()
+    }
+
     /// In the order in which the guide lists them.
     readonly property list<Action> all: [addScript, deleteScript, sortScripts, openFile, saveFile, readScript,
         sendScript, clearLog, settings, downloadScripts, readGuide]

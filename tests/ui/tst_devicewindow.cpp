@@ -176,8 +176,11 @@ private slots:
         QTRY_VERIFY(ui.isOpen("messageDialog"));
         ui.press(Qt::Key_Return);
         QVERIFY(ui.closes("messageDialog"));
+        const QString refusal = "Sending...\nError sending script.\n";
         ui.pressCtrl(Qt::Key_Return);
-        QTRY_COMPARE(ui.text("messageTextArea"), "Sending...\nError sending script.\n");
+        QTRY_COMPARE(ui.text("messageTextArea"), refusal);
+        ui.press(Qt::Key_Enter, Qt::ControlModifier | Qt::KeypadModifier);
+        QTRY_COMPARE(ui.text("messageTextArea"), refusal + refusal);
     }
 
     void takesNoNameForMarkup()

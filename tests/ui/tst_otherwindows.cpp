@@ -116,6 +116,8 @@ private slots:
         ui.pressCtrl(Qt::Key_D);
         QTRY_VERIFY(ui.isOpen("downloadScriptWindow"));
         QCOMPARE(ui.rows("downloadScriptListView"), QStringList());
+        ui.press(Qt::Key_Return);
+        QVERIFY(ui.isOpen("downloadScriptWindow"));
         ui.click("downloadScriptButton");
         QVERIFY(ui.closes("downloadScriptWindow"));
         QCOMPARE(ui.savedLibrary().size(), 4);
@@ -160,6 +162,7 @@ private slots:
     {
         const Browser browser;
         const WindowFixture ui;
+        QQuickItem *const covered = ui.itemSaying("Flasher");
         ui.click("guideIcon");
         QTRY_VERIFY(ui.item("helpTextArea"));
         QObject *const guide = ui.object("helpTextArea");
@@ -187,6 +190,16 @@ private slots:
         QCOMPARE(browser.opened(), QList<QUrl>{QUrl("https://micropython.org")});
         ui.press(Qt::Key_Home);
         QCOMPARE(scrolled(), top);
+
+        // Nothing behind it is in reach.
+        ui.click(covered);
+        QCOMPARE(ui.value("scriptListView", "currentIndex").toInt(), 0);
+        for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backtab}) {
+            for (const char *next : {"helpOkButton", "helpTextArea"}) {
+                ui.press(key);
+                QCOMPARE(ui.window()->activeFocusItem()->objectName(), next);
+            }
+        }
 
         ui.click("helpOkButton");
         QTRY_VERIFY(!ui.item("helpTextArea"));

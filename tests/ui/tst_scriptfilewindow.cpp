@@ -36,7 +36,8 @@ private slots:
     void takesDroppedFiles()
     {
         const WindowFixture ui(oneScript());
-        drop(ui, {"Chorus.py", "<b>picture.py", "Echo.py"});
+        // The file stays, whatever key is held.
+        QCOMPARE(drop(ui, {"Chorus.py", "<b>picture.py", "Echo.py"}), Qt::CopyAction);
         QTRY_COMPARE(ui.rows("scriptListView"), QStringList({"Tape", "Chorus", "Echo"}));
         QCOMPARE(ui.text("scriptTextArea"), "# echo\n");
         QCOMPARE(ui.savedLibrary().at(1).text, QStringLiteral("# \u00FC\n"));
@@ -44,6 +45,13 @@ private slots:
         ui.press(Qt::Key_Escape);
         QTRY_VERIFY(!ui.itemSaying(NoText));
         QCOMPARE(ui.savedNames().size(), 3);
+
+        // One that is asked about is not to change places with another.
+        ui.press(Qt::Key_Delete, Qt::ControlModifier | Qt::ShiftModifier);
+        QTRY_VERIFY(ui.isOpen("okCancelDialog"));
+        QCOMPARE(drop(ui, {"Chorus.py"}), Qt::IgnoreAction);
+        ui.press(Qt::Key_Return);
+        QTRY_COMPARE(ui.rows("scriptListView"), QStringList({"Tape", "Chorus"}));
     }
 
     void opensFiles()
@@ -145,7 +153,8 @@ private:
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
     }
 
-    void drop(const WindowFixture &ui, const QStringList &names) const
+    /// What the window makes of it.
+    [[nodiscard]] Qt::DropAction drop(const WindowFixture &ui, const QStringList &names) const
     {
         QList<QUrl> urls;
         for (const QString &name : names)
@@ -159,7 +168,7 @@ private:
         QCoreApplication::sendEvent(ui.window(), &enter);
         QDropEvent drop(place, actions, &data, Qt::LeftButton, Qt::ShiftModifier);
         QCoreApplication::sendEvent(ui.window(), &drop);
-        QCOMPARE(drop.dropAction(), Qt::CopyAction); // the file stays, whatever key is held
+        return drop.isAccepted() ? drop.dropAction() : Qt::IgnoreAction;
     }
 
     /// Saves the selected script, under the name that is proposed if `name` is empty.
