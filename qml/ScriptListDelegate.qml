@@ -28,8 +28,10 @@ FocusScope {
     Accessible.role: Accessible.ListItem
     Accessible.name: root.scriptName
 
-    TapHandler {
-        onTapped: root.selected()
+    // Not a TapHandler, which a press in a window that covers this one reaches as well.
+    MouseArea {
+        anchors.fill: parent
+        onClicked: root.selected()
     }
 
     Rectangle {
