@@ -88,18 +88,17 @@ Popup {
             title: qsTr("Download Scripts")
         }
 
-        RowLayout {
+        // By anchors: a layout that was made before the window had its size left the list no width.
+        Item {
             Layout.fillWidth: true
             Layout.fillHeight: true
-            spacing: 0
 
             DownloadList {
                 id: downloadScriptListView
 
-                Layout.fillWidth: true
-                Layout.fillHeight: true
-                Layout.preferredWidth: root.width / 5
-                Layout.maximumWidth: root.width / 2
+                anchors.top: parent.top
+                anchors.bottom: parent.bottom
+                width: parent.width / 5
                 model: root.model
 
                 onCurrentIndexChanged: root.showNotes()
@@ -107,9 +106,10 @@ Popup {
             }
 
             ScrollView {
-                Layout.fillWidth: true
-                Layout.fillHeight: true
-                Layout.preferredWidth: root.width * 4 / 5
+                anchors.top: parent.top
+                anchors.bottom: parent.bottom
+                anchors.left: downloadScriptListView.right
+                anchors.right: parent.right
 
                 TextArea {
                     id: notesArea
