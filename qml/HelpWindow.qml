@@ -14,6 +14,8 @@ Popup {
     width: parent?.width ?? 0
     height: parent?.height ?? 0
     visible: false
+    modal: true // or Tab would lead out of it, to what it covers
+    dim: false
     focus: true
     padding: 0
 
