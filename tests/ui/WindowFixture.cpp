@@ -1,5 +1,7 @@
 #include "ui/WindowFixture.h"
 
+#include "midi/QtRtMIDI.h"
+
 #include <QDir>
 #include <QGuiApplication>
 #include <QQuickStyle>
@@ -92,7 +94,9 @@ WindowFixture::WindowFixture(const std::optional<Library> &library)
 WindowFixture::~WindowFixture()
 {
     // What is still to be delivered belongs to this window: the engine leaks a signal of another
-    // thread whose receiver is gone.
+    // thread whose receiver is gone. So nothing more is to arrive.
+    if (auto *link = m_window ? m_window->findChild<QtRtMIDI *>() : nullptr)
+        link->closePort();
     QCoreApplication::sendPostedEvents();
     m_engine.reset();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
