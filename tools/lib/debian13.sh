@@ -1,7 +1,7 @@
 # shellcheck shell=bash
-# The tree of Debian 13. Needs common.sh and packages.sh.
+# The tree of Debian 13. Needs common.sh, cache.sh and packages.sh.
 
-TREE=${XDG_CACHE_HOME:-$HOME/.cache}/ostrel-editor/debian13
+TREE=$CACHE/debian13
 
 # Mounts go with the last process in the tree. JACK guards its memory with a semaphore of the
 # machine, which the tree must not share when it does not share the memory.
@@ -15,18 +15,6 @@ require_tree_rights()
         skip 'a Debian 13 tree needs debootstrap, and there is no apt to install it'
     "${IN_OWN_NAMESPACES[@]}" mount -t tmpfs tmpfs /tmp 2>/dev/null ||
         skip 'a Debian 13 tree needs mounts, which this machine does not permit'
-}
-
-# Leaves a whole tree, which stays until this process ends: who makes one anew waits for all others.
-require_tree()
-{
-    mkdir -p "${TREE%/*}"
-    exec {TREE_LOCK}>"$TREE.lock"
-    flock --shared "$TREE_LOCK"
-    tree_is_whole && return
-    flock "$TREE_LOCK"
-    tree_is_whole || make_tree
-    flock --shared "$TREE_LOCK"
 }
 
 # An installation that was broken off leaves something for dpkg to report.

@@ -27,6 +27,11 @@ TEST_PACKAGES=(jackd:jackd2 Xvfb:xvfb xdotool:xdotool openssl:openssl node:nodej
 FUZZ_PACKAGES=(clang++:clang llvm-symbolizer:llvm)
 BENCH_PACKAGES=(jackd:jackd2 Xvfb:xvfb python3:python3 libbenchmark-dev)
 DEBIAN13_PACKAGES=(debootstrap:debootstrap gpgv:gpgv debian-archive-keyring node:nodejs npm:npm)
+# Unpacked into the cache and not installed, and so is a kernel; busybox always, since only the static
+# one runs before there is a root.
+USB_ROAD_PACKAGES=(qemu-system-x86_64:qemu-system-x86 zstd:zstd)
+USB_ROAD_FIRST_PROGRAMS=busybox-static
+USB_ROAD_KERNELS=(linux-image-amd64 linux-image-generic linux-image-virtual)
 COVERAGE_PACKAGES=(gcovr:gcovr python3:python3)
 LINT_PACKAGES=(clang-format:clang-format run-clang-tidy:clang-tidy shellcheck:shellcheck)
 
