@@ -45,9 +45,10 @@ is_installed()
     [[ $(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null) == installed ]]
 }
 
+# Of a name that others merely provide it shows nothing, which newer releases call a success.
 apt_knows()
 {
-    apt-cache show "$1" >/dev/null 2>&1
+    [[ -n $(apt-cache show "$1" 2>/dev/null) ]]
 }
 
 has_svg_plugin()
