@@ -41,6 +41,7 @@ choose_qemu()
     [[ -x $own/usr/bin/qemu-system-x86_64 ]] || return 0
     QEMU=(
         env LD_LIBRARY_PATH="$own/usr/$libraries:$own/$libraries"
+        QEMU_MODULE_DIR="$own/usr/$libraries/qemu"
         "$own/usr/bin/qemu-system-x86_64" -L "$own/usr/share/qemu" -L "$own/usr/share/seabios"
     )
 }
@@ -118,7 +119,6 @@ run_in_vm()
     trap 'exit 130' INT
     trap 'exit 143' TERM HUP
     write_job "$@"
-    say "Running $* in a virtual machine"
     local ended=0
     start_vm "$limit" || ended=$?
     end_vm
@@ -133,7 +133,8 @@ write_job()
     mkdir -p "$vm/out"
     pwd >"$vm/project"
     {
-        printf 'export HOME=/run/home PATH=%q LANG=%q\n' "$PATH" "${LANG:-C.UTF-8}"
+        # The serial line passes for a terminal, but colours would not fit into a log.
+        printf 'export HOME=/run/home TERM=dumb PATH=%q LANG=%q\n' "$PATH" "${LANG:-C.UTF-8}"
         printf 'cd %q || exit\nexec --' "$PWD"
         printf ' %q' "$@"
         printf '\n'
