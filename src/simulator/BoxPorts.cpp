@@ -9,14 +9,44 @@
 #include <RtMidi.h>
 
 #include <algorithm>
+#include <limits>
 
 namespace simulator
 {
 namespace
 {
 
-/// JACK drops longer messages, but takes a sysex in pieces, which the receiver joins.
-constexpr std::size_t JackPieceLength = 16000;
+/// How one service wants its messages. Longer ones go in pieces, which the receiver joins.
+struct Delivery
+{
+    std::size_t pieceLength;
+    OutputPace pace;
+};
+
+/// No faster than a box on full-speed USB could at most. JACK drops longer messages, and what one
+/// of its cycles takes is limited.
+constexpr OutputPace UsualPace{4096, 1024, 16};
+constexpr Delivery ToJack{16000, UsualPace};
+constexpr Delivery ToOthers{std::numeric_limits<std::size_t>::max(), UsualPace};
+
+/// ALSA keeps what a program has not read yet in 200 cells of 28 bytes, and what finds none is
+/// lost. A message takes one cell for itself and fills its last one in part, so that 56 bytes more
+/// for each count all of them. The pieces are of one length because the library keeps back what
+/// does not fill the longest that it has met. Of a long message 52 bytes pass in a millisecond,
+/// about as many as a box on full-speed USB sends.
+constexpr Delivery ToAlsa{256, {4096, 64, 56}};
+
+Delivery deliveryTo(midi::NameStyle service)
+{
+    switch (service) {
+    case midi::NameStyle::Alsa:
+        return ToAlsa;
+    case midi::NameStyle::Jack:
+        return ToJack;
+    default:
+        return ToOthers;
+    }
+}
 
 /// A server with much to do turns a client away that it takes a moment later.
 constexpr int OpenAttempts = 15;
@@ -32,7 +62,8 @@ public:
         : m_owner(owner)
         , m_index(index)
         , m_clients(midi::createMidiClients({"Ostrel Box In", "Ostrel Box Out", {}}))
-        , m_output([this](midi::ByteView bytes) { sendNow(bytes); })
+        , m_delivery(deliveryTo(m_clients.nameStyle))
+        , m_output(m_delivery.pace, [this](midi::ByteView bytes) { sendNow(bytes); })
     {
         if (!m_clients.input || !m_clients.output)
             throw RtMidiError(m_clients.error);
@@ -43,12 +74,10 @@ public:
 
     void send(const midi::ByteMessage &message)
     {
-        const bool inPieces = m_clients.nameStyle == midi::NameStyle::Jack;
-        const std::size_t pieceLength = inPieces ? JackPieceLength : message.size();
-        for (std::size_t sent = 0; sent < message.size(); sent += pieceLength) {
-            const midi::ByteView rest = midi::ByteView(message).subspan(sent);
-            const midi::ByteView piece = rest.first(std::min(pieceLength, rest.size()));
+        for (midi::ByteView rest = message; !rest.empty();) {
+            const midi::ByteView piece = rest.first(std::min(m_delivery.pieceLength, rest.size()));
             m_output.send({piece.begin(), piece.end()});
+            rest = rest.subspan(piece.size());
         }
     }
 
@@ -60,18 +89,24 @@ private:
         emit pair->m_owner.received(pair->m_index, *message);
     }
 
+    /// With ALSA a message that was lost is only a warning to the library, which no exception
+    /// tells.
     void sendNow(midi::ByteView bytes)
     {
-        try {
-            m_clients.output->sendMessage(bytes.data(), bytes.size());
-        } catch (const RtMidiError &error) {
-            emit m_owner.failed(QString::fromStdString(error.getMessage()));
-        }
+        m_clients.output->setErrorCallback(&OpenPair::onError, this);
+        m_clients.output->sendMessage(bytes.data(), bytes.size());
+        m_clients.output->setErrorCallback(nullptr, nullptr);
+    }
+
+    static void onError(RtMidiError::Type /*type*/, const std::string &text, void *user)
+    {
+        emit static_cast<OpenPair *>(user)->m_owner.failed(QString::fromStdString(text));
     }
 
     BoxPorts &m_owner;
     std::size_t m_index;
     midi::MidiClients m_clients;
+    Delivery m_delivery;
     PacedOutput m_output;
 };
 
