@@ -1,4 +1,4 @@
-#include "simulator/BoxPorts.h"
+#include "simulator/VirtualPorts.h"
 
 #include "simulator/PacedOutput.h"
 
@@ -15,6 +15,14 @@ namespace simulator
 {
 namespace
 {
+
+struct Names
+{
+    const char *toComputer;
+    const char *toBox;
+};
+constexpr std::array<Names, 2> Pairs{
+    {{"MIDIIN4 (Ostrel)", "MIDIOUT6 (Ostrel)"}, {"Ostrel", "Ostrel"}}};
 
 /// How one service wants its messages. Longer ones go in pieces, which the receiver joins.
 struct Delivery
@@ -55,10 +63,10 @@ constexpr unsigned long OpenPauseMs = 200;
 } // namespace
 
 /// One pair of registered ports. Throws what the MIDI library throws when it cannot register them.
-class BoxPorts::OpenPair
+class VirtualPorts::OpenPair
 {
 public:
-    OpenPair(BoxPorts &owner, std::size_t index)
+    OpenPair(VirtualPorts &owner, std::size_t index)
         : m_owner(owner)
         , m_index(index)
         , m_clients(midi::createMidiClients({"Ostrel Box In", "Ostrel Box Out", {}}))
@@ -103,30 +111,32 @@ private:
         emit static_cast<OpenPair *>(user)->m_owner.failed(QString::fromStdString(text));
     }
 
-    BoxPorts &m_owner;
+    VirtualPorts &m_owner;
     std::size_t m_index;
     midi::MidiClients m_clients;
     Delivery m_delivery;
     PacedOutput m_output;
 };
 
-BoxPorts::BoxPorts(QObject *parent)
-    : QObject(parent)
+VirtualPorts::VirtualPorts(QObject *parent)
+    : BoxTransport(parent)
 {}
 
-BoxPorts::~BoxPorts() = default;
+VirtualPorts::~VirtualPorts() = default;
 
-bool BoxPorts::open()
+void VirtualPorts::open()
 {
     for (int attempt = 1; !tryToOpen(); ++attempt) {
-        if (attempt == OpenAttempts)
-            return false;
+        if (attempt == OpenAttempts) {
+            emit lost("cannot register the ports: " + m_error);
+            return;
+        }
         QThread::msleep(OpenPauseMs);
     }
-    return true;
+    emit opened();
 }
 
-bool BoxPorts::tryToOpen()
+bool VirtualPorts::tryToOpen()
 {
     close();
     try {
@@ -140,13 +150,22 @@ bool BoxPorts::tryToOpen()
     }
 }
 
-void BoxPorts::close()
+void VirtualPorts::close()
 {
     for (auto &pair : m_pairs)
         pair.reset();
 }
 
-void BoxPorts::send(std::size_t pair, const midi::ByteMessage &message)
+std::vector<BoxTransport::PairNames> VirtualPorts::pairs() const
+{
+    std::vector<PairNames> names;
+    names.reserve(Pairs.size());
+    for (const Names &pair : Pairs)
+        names.push_back({pair.toComputer, pair.toBox});
+    return names;
+}
+
+void VirtualPorts::send(std::size_t pair, const midi::ByteMessage &message)
 {
     if (m_pairs[pair] && !message.empty())
         m_pairs[pair]->send(message);
