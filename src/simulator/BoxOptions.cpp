@@ -48,6 +48,15 @@ bool readMilliseconds(const QString &value, std::chrono::milliseconds &time)
     return true;
 }
 
+bool readPace(const QString &value, std::optional<double> &bytesPerMs)
+{
+    constexpr double Slowest = 0.01;
+    constexpr double Fastest = 1'000'000;
+    bool ok = false;
+    bytesPerMs = value.toDouble(&ok);
+    return ok && *bytesPerMs >= Slowest && *bytesPerMs <= Fastest;
+}
+
 bool readVersion(const QString &value, midi::FirmwareVersion &version)
 {
     const QStringList parts = value.split('.');
@@ -111,6 +120,13 @@ constexpr std::array Options{
            [](BoxOptions &o, const QString &v) { return readScript(v, o.profile.script); }},
     Option{"boxes", "N", "So many boxes on one bus, 1 to 128; sysex ID and name count on.",
            [](BoxOptions &o, const QString &v) { return readNumber(v, o.boxes, 128, 1); }},
+    Option{"usb", nullptr, "Be a USB device of this computer (Linux, module vhci-hcd, root).",
+           [](BoxOptions &o, const QString &) { return o.usb = true; }},
+    Option{"jack-names", nullptr, "With --usb: the device names its jacks.",
+           [](BoxOptions &o, const QString &) { return o.jackNames = true; }},
+    Option{"pace", "BYTES_PER_MS",
+           "With --usb: so many bytes a millisecond each way, 0.01 to 1000000 (default unlimited).",
+           [](BoxOptions &o, const QString &v) { return readPace(v, o.bytesPerMs); }},
     Option{"exit-with-stdin", nullptr, "End when standard input ends.",
            [](BoxOptions &o, const QString &) { return o.exitWithStdin = true; }},
     Option{"help", nullptr, "Show this text.",
@@ -174,8 +190,8 @@ public:
         : m_faultsOnly(faultsOnly)
     {
         m_parser.setApplicationDescription(
-            "A simulated Ostrel on virtual MIDI ports. Says on standard output what it does, a\n"
-            "line an event, and takes commands on standard input, one a line:\n"
+            "A simulated Ostrel on virtual MIDI ports or on USB. Says on standard output what it\n"
+            "does, a line an event, and takes commands on standard input, one a line:\n"
             "  print TEXT       send a text message\n"
             "  lines N          send N text messages as fast as a box could\n"
             "  raw HEX          send these bytes\n"
@@ -183,6 +199,8 @@ public:
             "  faults OPTIONS   replace all faults by these; without options a healthy box\n"
             "  state            say the version, the settings and the script again\n"
             "  unplug, plug     take the ports off the bus and put them back\n"
+            "  stall, resume    with --usb: take nothing that is sent to the box, and take it "
+            "again\n"
             "  quit");
         for (const Option &option : Options) {
             if (isKnown(option))
@@ -231,6 +249,8 @@ std::variant<BoxOptions, UsageError> parseOptions(const QStringList &arguments)
     const auto *options = std::get_if<BoxOptions>(&result);
     if (options && options->profile.sysexId + options->boxes - 1 > BoxMemory::MaxSysexId)
         return UsageError{"More boxes than sysex IDs are left."};
+    if (options && !options->usb && (options->jackNames || options->bytesPerMs))
+        return UsageError{"Options 'jack-names' and 'pace' need option 'usb'."};
     return result;
 }
 

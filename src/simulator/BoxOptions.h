@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <variant>
 
 namespace simulator
@@ -16,6 +17,9 @@ struct BoxOptions
     BoxProfile profile; ///< of the first box; further ones count name and sysex ID on from it
     BoxFaults faults;   ///< of all boxes
     int boxes = 1;
+    bool usb = false;                 ///< a USB device in place of virtual ports
+    bool jackNames = false;           ///< of the USB device
+    std::optional<double> bytesPerMs; ///< at which the USB device passes messages, each way
     bool exitWithStdin = false;
     bool help = false;
 };

@@ -37,24 +37,24 @@ BoxProfile numbered(BoxProfile profile, int index)
 
 } // namespace
 
-BoxRunner::BoxRunner(const BoxOptions &options, QObject *parent)
+BoxRunner::BoxRunner(const BoxOptions &options, std::unique_ptr<BoxTransport> ports,
+                     QObject *parent)
     : QObject(parent)
+    , m_ports(std::move(ports))
 {
     for (int i = 0; i < options.boxes; ++i) {
         m_boxes.push_back(std::make_unique<SimulatedBox>(numbered(options.profile, i)));
         m_boxes.back()->setFaults(options.faults);
     }
-    connect(&m_ports, &BoxPorts::received, this, &BoxRunner::receive);
-    connect(&m_ports, &BoxPorts::failed, this, &complain);
+    connect(m_ports.get(), &BoxTransport::opened, this, &BoxRunner::onOpened);
+    connect(m_ports.get(), &BoxTransport::lost, this, &BoxRunner::onLost);
+    connect(m_ports.get(), &BoxTransport::received, this, &BoxRunner::receive);
+    connect(m_ports.get(), &BoxTransport::failed, this, &complain);
 }
 
-bool BoxRunner::start()
+void BoxRunner::start()
 {
-    if (!openPorts())
-        return false;
-    reportState({});
-    say("ready");
-    return true;
+    updatePorts();
 }
 
 void BoxRunner::command(const QString &line)
@@ -69,6 +69,7 @@ void BoxRunner::command(const QString &line)
         Entry{"raw", &BoxRunner::sendRaw},      Entry{"program", &BoxRunner::sendProgramChange},
         Entry{"faults", &BoxRunner::setFaults}, Entry{"state", &BoxRunner::reportState},
         Entry{"unplug", &BoxRunner::unplug},    Entry{"plug", &BoxRunner::plug},
+        Entry{"stall", &BoxRunner::stall},      Entry{"resume", &BoxRunner::resume},
     };
     const QString name = line.section(' ', 0, 0).trimmed();
     if (name.isEmpty())
@@ -87,7 +88,7 @@ void BoxRunner::command(const QString &line)
 void BoxRunner::receive(std::size_t pair, const midi::ByteMessage &message)
 {
     // What was under way when the ports went is lost, as on a real bus.
-    if (!m_ports.isOpen())
+    if (!m_ports->isOpen())
         return;
     say("received " + describe(message));
     m_lastPair = pair;
@@ -130,30 +131,40 @@ void BoxRunner::comeBack(SimulatedBox &box)
     updatePorts();
 }
 
-bool BoxRunner::openPorts()
+void BoxRunner::onOpened()
 {
-    if (!m_ports.open()) {
-        complain("cannot register the ports: " + m_ports.errorText());
-        return false;
-    }
-    for (const BoxPorts::PairNames &pair : BoxPorts::Pairs) {
+    for (const BoxTransport::PairNames &pair : m_ports->pairs()) {
         say("port " + inQuotes(pair.toComputer));
         say("port " + inQuotes(pair.toBox));
     }
-    return true;
+    if (std::exchange(m_ready, true)) {
+        say("plugged");
+        return;
+    }
+    reportState({});
+    say("ready");
+}
+
+void BoxRunner::onLost(const QString &reason)
+{
+    complain(reason);
+    m_portsWanted = false;
+    if (!m_ready)
+        emit startFailed();
 }
 
 /// Makes the ports exist exactly while there is a box behind them.
 void BoxRunner::updatePorts()
 {
     const bool wanted = !m_unplugged && m_offBus.size() < m_boxes.size();
-    if (wanted == m_ports.isOpen())
+    if (wanted == m_portsWanted)
         return;
-    if (!wanted) {
-        m_ports.close();
+    m_portsWanted = wanted;
+    if (wanted) {
+        m_ports->open();
+    } else {
+        m_ports->close();
         say("unplugged");
-    } else if (openPorts()) {
-        say("plugged");
     }
 }
 
@@ -171,7 +182,7 @@ void BoxRunner::after(std::chrono::milliseconds delay, std::function<void()> act
 
 void BoxRunner::send(std::size_t pair, const midi::ByteMessage &message)
 {
-    m_ports.send(pair, message);
+    m_ports->send(pair, message);
     say("sent " + describe(message));
 }
 
@@ -184,8 +195,8 @@ void BoxRunner::printLines(const QString &count)
 {
     const std::string total = std::to_string(count.toInt());
     for (int i = 1; i <= count.toInt(); ++i)
-        m_ports.send(m_lastPair,
-                     m_boxes.front()->text("Line " + std::to_string(i) + " of " + total + '\n'));
+        m_ports->send(m_lastPair,
+                      m_boxes.front()->text("Line " + std::to_string(i) + " of " + total + '\n'));
     say("sent lines " + total);
 }
 
@@ -234,6 +245,24 @@ void BoxRunner::plug(const QString & /*argument*/)
     for (SimulatedBox *box : std::exchange(m_pulled, {}))
         comeBack(*box);
     updatePorts();
+}
+
+void BoxRunner::stall(const QString & /*argument*/)
+{
+    setStalled(true);
+}
+
+void BoxRunner::resume(const QString & /*argument*/)
+{
+    setStalled(false);
+}
+
+void BoxRunner::setStalled(bool stalled)
+{
+    if (m_ports->setStalled(stalled))
+        say(stalled ? "stalled" : "resumed");
+    else
+        complain("these ports cannot be stalled");
 }
 
 } // namespace simulator

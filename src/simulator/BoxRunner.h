@@ -1,7 +1,7 @@
 #pragma once
 
 #include "simulator/BoxOptions.h"
-#include "simulator/BoxPorts.h"
+#include "simulator/BoxTransport.h"
 #include "simulator/SimulatedBox.h"
 
 #include <QObject>
@@ -22,12 +22,18 @@ class BoxRunner : public QObject
     Q_OBJECT
 
 public:
-    explicit BoxRunner(const BoxOptions &options, QObject *parent = nullptr);
+    /// `ports` are the way to the boxes, not yet open.
+    BoxRunner(const BoxOptions &options, std::unique_ptr<BoxTransport> ports,
+              QObject *parent = nullptr);
 
-    /// Registers the ports. False when that fails; the reason stands on standard error.
-    [[nodiscard]] bool start();
+    /// Opens the ports. Then "ready" is written, or startFailed() emitted, in which case the reason
+    /// stands on standard error.
+    void start();
     /// One line of standard input.
     void command(const QString &line);
+
+signals:
+    void startFailed();
 
 private:
     using Command = void (BoxRunner::*)(const QString &argument);
@@ -36,7 +42,8 @@ private:
     void perform(SimulatedBox &box, std::size_t pair, const Reaction &reaction);
     void leave(SimulatedBox &box, const Absence &absence);
     void comeBack(SimulatedBox &box);
-    bool openPorts();
+    void onOpened();
+    void onLost(const QString &reason);
     void updatePorts();
     void after(std::chrono::milliseconds delay, std::function<void()> action);
     void send(std::size_t pair, const midi::ByteMessage &message);
@@ -49,13 +56,18 @@ private:
     void reportState(const QString &argument);
     void unplug(const QString &argument);
     void plug(const QString &argument);
+    void stall(const QString &argument);
+    void resume(const QString &argument);
+    void setStalled(bool stalled);
 
-    BoxPorts m_ports;
+    std::unique_ptr<BoxTransport> m_ports;
     std::vector<std::unique_ptr<SimulatedBox>> m_boxes;
     std::vector<SimulatedBox *> m_offBus; ///< the ports go when all boxes are in here
     std::vector<SimulatedBox *> m_pulled; ///< of these, the ones that wait to be plugged in
     std::size_t m_lastPair = 0;           ///< through which a box says what nobody asked for
     bool m_unplugged = false;             ///< by command
+    bool m_portsWanted = false;           ///< the ports are open, or will be soon
+    bool m_ready = false;                 ///< the ports were open once
 };
 
 } // namespace simulator

@@ -8,18 +8,15 @@ namespace simulator
 namespace
 {
 
-constexpr qint64 BytesPerMillisecond = 1024;
-constexpr qint64 MaxAllowance = 4 * BytesPerMillisecond;
-/// What a service keeps for each message beside its bytes.
-constexpr qint64 MessageOverhead = 16;
-constexpr qint64 NanosecondsPerMillisecond = 1'000'000;
+constexpr std::int64_t NanosecondsPerMillisecond = 1'000'000;
 
 } // namespace
 
-PacedOutput::PacedOutput(Sink sink, QObject *parent)
+PacedOutput::PacedOutput(const OutputPace &pace, Sink sink, QObject *parent)
     : QObject(parent)
+    , m_pace(pace)
     , m_sink(std::move(sink))
-    , m_allowance(MaxAllowance)
+    , m_allowance(pace.atOnce)
 {
     m_clock.start();
     m_timer.setTimerType(Qt::PreciseTimer);
@@ -36,11 +33,12 @@ void PacedOutput::send(midi::ByteMessage message)
 
 void PacedOutput::refill()
 {
-    const qint64 gained = m_clock.nsecsElapsed() * BytesPerMillisecond / NanosecondsPerMillisecond;
+    const std::int64_t gained =
+        m_clock.nsecsElapsed() * m_pace.bytesPerMs / NanosecondsPerMillisecond;
     if (gained == 0)
         return;
     m_clock.restart();
-    m_allowance = std::min(m_allowance + gained, MaxAllowance);
+    m_allowance = std::min(m_allowance + gained, m_pace.atOnce);
 }
 
 void PacedOutput::sendWaiting()
@@ -49,7 +47,7 @@ void PacedOutput::sendWaiting()
     while (!m_waiting.empty() && m_allowance > 0) {
         const midi::ByteMessage message = std::move(m_waiting.front());
         m_waiting.pop_front();
-        m_allowance -= static_cast<qint64>(message.size()) + MessageOverhead;
+        m_allowance -= static_cast<std::int64_t>(message.size()) + m_pace.messageOverhead;
         m_sink(message);
     }
     if (m_waiting.empty())

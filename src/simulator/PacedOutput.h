@@ -6,14 +6,24 @@
 #include <QObject>
 #include <QTimer>
 
+#include <cstdint>
 #include <deque>
 #include <functional>
 
 namespace simulator
 {
 
-/// Sends messages in order and no faster than a box on full-speed USB could. Beyond that the MIDI
-/// service would lose some without a word: what one of its cycles takes is limited.
+/// How fast a MIDI service takes messages.
+struct OutputPace
+{
+    std::int64_t atOnce = 0; ///< bytes after a pause
+    std::int64_t bytesPerMs = 0;
+    std::int64_t messageOverhead =
+        0; ///< bytes that the service keeps for each message beside its own
+};
+
+/// Sends messages in order and no faster than a MIDI service takes them. Beyond that it would lose
+/// some without a word.
 /// Lives on the main thread.
 class PacedOutput : public QObject
 {
@@ -21,7 +31,7 @@ public:
     using Sink = std::function<void(midi::ByteView)>;
 
     /// `sink` hands one message to the MIDI library.
-    explicit PacedOutput(Sink sink, QObject *parent = nullptr);
+    PacedOutput(const OutputPace &pace, Sink sink, QObject *parent = nullptr);
 
     /// Sends at once where the pace allows, else as soon as it does.
     void send(midi::ByteMessage message);
@@ -31,11 +41,12 @@ private:
     void refill();
     void sendWaiting();
 
+    OutputPace m_pace;
     Sink m_sink;
     std::deque<midi::ByteMessage> m_waiting;
     QTimer m_timer;
     QElapsedTimer m_clock;
-    qint64 m_allowance; ///< bytes; below zero after a message larger than what was left
+    std::int64_t m_allowance; ///< bytes; below zero after a message larger than what was left
 };
 
 } // namespace simulator

@@ -297,7 +297,9 @@ private slots:
         for (const char *options :
              {"--nonsense", "5", "--sysex-id", "--sysex-id 128", "--product -1", "--slow soon",
               "--version 1.16.0", "--version 1.1", "--wrong-crc never", "--script /nonexistent",
-              "--name a_name_of_one_byte_more_than_31_", "--boxes 2 --sysex-id 127"})
+              "--name a_name_of_one_byte_more_than_31_", "--boxes 2 --sysex-id 127", "--jack-names",
+              "--pace 3", "--usb --pace 0", "--usb --pace -1", "--usb --pace nan",
+              "--usb --pace fast", "--usb --pace inf"})
             QTest::newRow(options) << QString(options);
     }
 
