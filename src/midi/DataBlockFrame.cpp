@@ -77,4 +77,17 @@ std::optional<std::size_t> decodeDataBlock(std::span<std::uint8_t, MaxFrameLengt
     return decodeMCoded7(payload);
 }
 
+std::optional<ByteMessage> readDataBlock(ByteView message)
+{
+    std::array<std::uint8_t, MaxFrameLength> buffer{};
+    if (message.size() > buffer.size())
+        return std::nullopt;
+    std::ranges::copy(message, buffer.begin());
+    const auto length = decodeDataBlock(buffer);
+    if (!length)
+        return std::nullopt;
+    const ByteView payload = ByteView(buffer).subspan(BlockPayloadOffset, *length);
+    return ByteMessage(payload.begin(), payload.end());
+}
+
 } // namespace midi

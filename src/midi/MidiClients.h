@@ -1,13 +1,19 @@
 #pragma once
 
+#include "midi/AlsaOutput.h"
+#include "midi/ByteMessage.h"
 #include "midi/JackService.h"
 #include "midi/MessageInbox.h"
 #include "midi/PortMatching.h"
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
+class RtMidi;
 class RtMidiIn;
 class RtMidiOut;
 
@@ -24,7 +30,16 @@ struct ClientNames
     std::string watch = "KQEditor";
 };
 
-/// The MIDI library's input and output client. Both or neither exist.
+/// A port as a list of ports had it. Numbers move when ports come and go; lasting names tell.
+struct ListedPort
+{
+    unsigned number = 0;
+    std::string name; ///< the lasting one
+};
+
+/// The MIDI library's input and output client. Both or neither exist. To be made, used and closed
+/// on one thread: the library's input mistakes a thread for another one otherwise, and macOS tells
+/// of new ports only there. Functions that can fail give an error text, "" on success.
 struct MidiClients
 {
     MidiClients();
@@ -34,9 +49,15 @@ struct MidiClients
     /// left to the system, since closing them would wait for it.
     ~MidiClients();
 
-    /// Closes the ports of both, which exist. Takes 40 ms on JACK. Gives the library's error text,
-    /// "" where there is none.
-    std::string closePorts() const;
+    /// Opens both ports, wherever they stand now, or none of them.
+    [[nodiscard]] std::string openPorts(const ListedPort &in, const ListedPort &out);
+    /// Closes the ports of both, which exist. Takes 40 ms on JACK.
+    std::string closePorts();
+    /// Sends one whole message through the open output. May block; see AlsaOutput.
+    [[nodiscard]] std::string send(ByteView message);
+    /// Changes whenever bytes move between the system and the device, as far as the system tells:
+    /// how many it takes for the device, and how many came from it.
+    [[nodiscard]] std::uint64_t movedBytes() const;
 
     std::unique_ptr<JackService> jack; ///< on JACK only
     /// Where the input delivers, unless whoever set its callback sees to that.
@@ -51,12 +72,19 @@ struct MidiClients
 
 private:
     void awaitQuiet() const;
+    [[nodiscard]] std::string sendPiece(ByteView piece) const;
+
+    // On ALSA, while ports are open.
+    std::optional<AlsaOutput> m_alsaOutput;
+    std::optional<AlsaPortFile> m_alsaInput;
 };
 
-/// Creates the clients with the library's own choice of back end; where that fails, with the first
-/// compiled one that works. JACK without a server does not count as working. Without any, the
-/// clients are null and `error` says why. The environment variable OSTREL_MIDI_API names a back end
-/// to use instead. Does not throw.
+/// All ports that `client` sees, as the library reports them.
+[[nodiscard]] std::vector<std::string> allPortNames(RtMidi &client);
+
+/// Creates the clients with the first back end that works, ALSA before JACK. JACK without a server
+/// does not count as working. Without any, the clients are null and `error` says why. The
+/// environment variable OSTREL_MIDI_API names the one back end to try instead. Does not throw.
 [[nodiscard]] MidiClients createMidiClients(const ClientNames &names = {});
 
 /// The same for a service that came up later, as servers do: asks without a word on standard error,

@@ -2,7 +2,6 @@
 
 #include <RtMidi.h>
 
-#include <thread>
 #include <utility>
 
 using namespace std::chrono_literals;
@@ -13,56 +12,31 @@ namespace
 {
 
 constexpr auto AttemptInterval = 3s;
-/// A busy service takes a second. This is how long one that does not answer holds up the window.
-constexpr auto Patience = 3s;
 
 } // namespace
 
 MidiService::MidiService(std::shared_ptr<MessageInbox> inbox)
     : m_inbox(std::move(inbox))
-{
-    m_nextAttempt.setRemainingTime(AttemptInterval);
-    m_nextThoroughAttempt.setRemainingTime(AttemptInterval);
-    begin(createMidiClients);
-}
-
-MidiService::~MidiService()
-{
-    // Taken over, or the thread that made them would close them while the program ends.
-    if (m_starting.valid() && isMade())
-        m_clients = m_starting.get();
-}
-
-/// The thread is on its own, since one that waits for a service that does not answer could not be
-/// joined.
-void MidiService::begin(Maker maker)
-{
-    std::packaged_task<MidiClients()> task([maker = &maker] { return maker({}); });
-    m_starting = task.get_future();
-    m_patience = Patience;
-    std::thread(std::move(task)).detach();
-}
-
-bool MidiService::isMade()
-{
-    return m_starting.wait_for(std::exchange(m_patience, 0ms)) == std::future_status::ready;
-}
+{}
 
 MidiClients &MidiService::clients()
 {
-    if (!m_starting.valid())
-        return m_clients;
-    if (!isMade()) {
-        m_clients.error = "the MIDI service does not answer";
-        return m_clients;
+    if (!m_wasMade) {
+        make(createMidiClients);
+        m_nextAttempt.setRemainingTime(AttemptInterval);
+        m_nextThoroughAttempt.setRemainingTime(AttemptInterval);
     }
-    use(m_starting.get());
     return m_clients;
+}
+
+MidiClients *MidiService::clientsInUse()
+{
+    return m_wasMade ? &m_clients : nullptr;
 }
 
 const MidiClients *MidiService::clientsInUse() const
 {
-    return m_starting.valid() ? nullptr : &m_clients;
+    return m_wasMade ? &m_clients : nullptr;
 }
 
 void MidiService::refresh()
@@ -82,16 +56,16 @@ void MidiService::refreshBy(Maker maker, QDeadlineTimer &nextAttempt)
         giveUp();
         return;
     }
-    if (m_clients.input || m_starting.valid() || isClosing() || !nextAttempt.hasExpired())
+    if (m_clients.input || isClosing() || !nextAttempt.hasExpired())
         return;
     nextAttempt.setRemainingTime(AttemptInterval);
-    begin(maker);
-    static_cast<void>(clients());
+    make(maker);
 }
 
-void MidiService::use(MidiClients &&clients)
+void MidiService::make(Maker maker)
 {
-    m_clients = std::move(clients);
+    m_clients = maker({});
+    m_wasMade = true;
     if (!m_clients.input)
         return;
     m_clients.inbox = m_inbox;

@@ -4,30 +4,29 @@
 
 #include <QDeadlineTimer>
 
-#include <chrono>
 #include <future>
 #include <memory>
 
 namespace midi
 {
 
-/// The clients of a connection over its lifetime: made on a thread of their own, because a MIDI
-/// service may take a tenth of a second or not answer at all, given up when the service ends, and
-/// made anew when one is there again. Belongs to one thread.
+/// The clients of a connection over its lifetime: made when they are first needed, given up when
+/// their service ends, and made anew when one is there again. Belongs to one thread, on which it
+/// makes, uses and closes the clients, except those of a JACK server that ended.
 class MidiService
 {
 public:
-    /// Begins to make the clients, whose inputs deliver to `inbox`.
+    /// Makes nothing yet. The inputs will deliver to `inbox`.
     explicit MidiService(std::shared_ptr<MessageInbox> inbox);
-    /// Waits for whatever is being made or closed, unless the service does not answer.
-    ~MidiService();
     MidiService(const MidiService &) = delete;
     MidiService &operator=(const MidiService &) = delete;
 
-    /// The clients, once they are made. Their pointers are null while there is no service, and
-    /// after a few seconds for one that does not answer, until it does.
+    /// The clients; the first call makes them, which takes some milliseconds on ALSA and a tenth of
+    /// a second on JACK. Their pointers are null while there is no service.
     [[nodiscard]] MidiClients &clients();
-    /// The same without waiting: null as long as they are being made, when no port can be open.
+    /// The same without making them: null until the first call of clients(), when no port can be
+    /// open.
+    [[nodiscard]] MidiClients *clientsInUse();
     [[nodiscard]] const MidiClients *clientsInUse() const;
 
     /// Gives up clients whose service ended. Where there are none, looks for a server that came up
@@ -40,16 +39,13 @@ private:
     using Maker = MidiClients (&)(const ClientNames &);
 
     void refreshBy(Maker maker, QDeadlineTimer &nextAttempt);
-    void begin(Maker maker);
-    [[nodiscard]] bool isMade();
+    void make(Maker maker);
     [[nodiscard]] bool isClosing() const;
-    void use(MidiClients &&clients);
     void giveUp();
 
     const std::shared_ptr<MessageInbox> m_inbox;
-    std::future<MidiClients> m_starting;     ///< valid until the clients are in use
-    std::chrono::milliseconds m_patience{0}; ///< what is left of the time to wait for them
     MidiClients m_clients;
+    bool m_wasMade = false;
     std::future<void> m_closing; ///< no new client may be made before these are closed
     // Looking for a service costs time, so calls in a row do it once.
     QDeadlineTimer m_nextAttempt;

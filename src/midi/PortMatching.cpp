@@ -27,7 +27,7 @@ std::string_view withoutClient(std::string_view name)
 struct AlsaName
 {
     std::string_view clientAndPort;
-    unsigned port = 0; ///< M
+    AlsaAddress address;
 };
 
 std::optional<AlsaName> splitAlsaName(std::string_view reported)
@@ -37,12 +37,13 @@ std::optional<AlsaName> splitAlsaName(std::string_view reported)
         return std::nullopt;
     const std::string_view numbers = reported.substr(blank + 1);
     const std::size_t colon = numbers.find(':');
-    if (colon == std::string_view::npos || !parseNumber(numbers.substr(0, colon)))
+    if (colon == std::string_view::npos)
         return std::nullopt;
+    const auto client = parseNumber(numbers.substr(0, colon));
     const auto port = parseNumber(numbers.substr(colon + 1));
-    if (!port)
+    if (!client || !port)
         return std::nullopt;
-    return AlsaName{reported.substr(0, blank), *port};
+    return AlsaName{reported.substr(0, blank), {*client, *port}};
 }
 
 std::string_view withoutWinMMNumber(std::string_view reported, unsigned number)
@@ -77,7 +78,7 @@ bool isWindowsNameOfAlsaPort(std::string_view wanted, std::string_view reported)
 {
     const auto meant = splitWindowsName(wanted);
     const auto alsa = splitAlsaName(reported);
-    return meant && alsa && alsa->port == meant->number - 1 &&
+    return meant && alsa && alsa->address.port == meant->number - 1 &&
            alsa->clientAndPort.size() > meant->device.size() &&
            alsa->clientAndPort.starts_with(meant->device) &&
            alsa->clientAndPort[meant->device.size()] == ':';
@@ -168,6 +169,12 @@ std::optional<unsigned> findPort(NameStyle style, std::span<const std::string> n
 bool isOwnPort(NameStyle style, std::string_view reported, unsigned number)
 {
     return plainName(style, reported, number) == OwnPortName;
+}
+
+std::optional<AlsaAddress> alsaAddress(std::string_view reported)
+{
+    const auto parts = splitAlsaName(reported);
+    return parts ? std::optional(parts->address) : std::nullopt;
 }
 
 std::vector<PortPair> pairPorts(NameStyle style, std::span<const std::string> inputs,

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "midi/AlsaPortFile.h"
+
 #include <optional>
 #include <span>
 #include <string>
@@ -53,6 +55,9 @@ struct PortPair
 
 /// Whether the port was registered by this editor or another one like it.
 [[nodiscard]] bool isOwnPort(NameStyle style, std::string_view reported, unsigned number);
+
+/// "N:M" at the end of a name that ALSA reported; nothing where it is missing.
+[[nodiscard]] std::optional<AlsaAddress> alsaAddress(std::string_view reported);
 
 /// Pairs each input with the output of the same name, identical names in order of appearance:
 /// first by exact names, then, for inputs without a partner, by plain names among the outputs that

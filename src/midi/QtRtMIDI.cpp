@@ -32,14 +32,6 @@ bool attempt(std::string &errorText, Work &&work)
     }
 }
 
-std::vector<std::string> allPortNames(RtMidi &client)
-{
-    std::vector<std::string> names(client.getPortCount());
-    for (unsigned i = 0; i < names.size(); ++i)
-        names[i] = client.getPortName(i);
-    return names;
-}
-
 std::string lastingName(midi::NameStyle style, const std::vector<std::string> &names, unsigned i)
 {
     return std::string(midi::lastingName(style, names[i], i));
@@ -48,26 +40,13 @@ std::string lastingName(midi::NameStyle style, const std::vector<std::string> &n
 /// Without those that are ours, or those of another editor: they come and go with what is opened.
 std::vector<std::string> foreignPortNames(RtMidi &client, midi::NameStyle style)
 {
-    const std::vector<std::string> all = allPortNames(client);
+    const std::vector<std::string> all = midi::allPortNames(client);
     std::vector<std::string> foreign;
     for (unsigned i = 0; i < all.size(); ++i) {
         if (!midi::isOwnPort(style, all[i], i))
             foreign.push_back(lastingName(style, all, i));
     }
     return foreign;
-}
-
-/// Opens the port that had the lasting name `name` at the scan, wherever it stands now.
-void openPort(RtMidi &client, midi::NameStyle style, unsigned number, const std::string &name)
-{
-    const std::vector<std::string> now = allPortNames(client);
-    if (number >= now.size() || lastingName(style, now, number) != name) {
-        for (number = 0; number < now.size() && lastingName(style, now, number) != name;)
-            ++number;
-        if (number == now.size())
-            throw RtMidiError("MIDI port is gone: " + name, RtMidiError::NO_DEVICES_FOUND);
-    }
-    client.openPort(number, std::string(midi::OwnPortName));
 }
 
 QString toLatin1Text(ByteView bytes)
@@ -105,8 +84,8 @@ void QtRtMIDI::scanPorts(const char *inName, const char *outName)
     const midi::MidiClients &clients = m_service.clients();
     if (clients.input) {
         attempt(m_error, [&] {
-            const auto inputs = allPortNames(*clients.input);
-            const auto outputs = allPortNames(*clients.output);
+            const auto inputs = midi::allPortNames(*clients.input);
+            const auto outputs = midi::allPortNames(*clients.output);
             const auto append = [&](unsigned in, unsigned out) {
                 m_pairs.push_back({{in, lastingName(clients.nameStyle, inputs, in)},
                                    {out, lastingName(clients.nameStyle, outputs, out)}});
@@ -184,20 +163,21 @@ bool QtRtMIDI::selectPort(unsigned index)
     }
     closePort();
     const Pair &pair = m_pairs[index];
-    const auto open = [&](RtMidi &client, const Port &port) {
-        return attempt(m_error,
-                       [&] { openPort(client, clients.nameStyle, port.number, port.name); });
-    };
-    if (!open(*clients.input, pair.input))
+    if (!succeeded(clients.openPorts(pair.input, pair.output)))
         return false;
-    if (!open(*clients.output, pair.output)) {
-        attempt(m_error, [&] { clients.input->closePort(); });
-        return false;
-    }
     m_openPair = pair;
     m_selected = index;
-    QThread::msleep(static_cast<unsigned long>(clients.settlingTime.count()));
+    emit addresseeChanged();
     return true;
+}
+
+/// True where `error` is empty. Else keeps it for getErrorMessage().
+bool QtRtMIDI::succeeded(std::string &&error)
+{
+    if (error.empty())
+        return true;
+    m_error = std::move(error);
+    return false;
 }
 
 bool QtRtMIDI::isSelected(unsigned index) const
@@ -209,7 +189,7 @@ void QtRtMIDI::closePort()
 {
     m_openPair.reset();
     m_selected.reset();
-    const midi::MidiClients *clients = m_service.clientsInUse();
+    midi::MidiClients *clients = m_service.clientsInUse();
     if (!clients || !clients->input ||
         (!clients->input->isPortOpen() && !clients->output->isPortOpen()))
         return;
@@ -217,8 +197,8 @@ void QtRtMIDI::closePort()
     // with one that does not answer, which would keep the window waiting.
     if (clients->jack && (clients->jack->isGone() || !clients->jack->answers()))
         return;
-    if (std::string error = clients->closePorts(); !error.empty())
-        m_error = std::move(error);
+    succeeded(clients->closePorts());
+    emit addresseeChanged();
 }
 
 bool QtRtMIDI::portsReady() const
@@ -235,8 +215,9 @@ void QtRtMIDI::setCallbackMode(bool enabled)
 
 const char *QtRtMIDI::getErrorMessage()
 {
-    if (m_error.empty())
-        m_error = m_service.clients().error;
+    const midi::MidiClients *clients = m_service.clientsInUse();
+    if (m_error.empty() && clients)
+        m_error = clients->error;
     return m_error.c_str();
 }
 
@@ -274,12 +255,12 @@ bool QtRtMIDI::sendMessage(const std::vector<uint8_t> &message)
 {
     if (message.empty() || !portsReady())
         return false;
-    const midi::MidiClients &clients = m_service.clients();
+    midi::MidiClients &clients = m_service.clients();
     if (clients.jack && !clients.jack->waitForRoom(message.size())) {
         m_error = NoAnswer;
         return false;
     }
-    return attempt(m_error, [&] { clients.output->sendMessage(message.data(), message.size()); });
+    return succeeded(clients.send(message));
 }
 
 bool QtRtMIDI::sendSysex(const uint8_t *bytes, uint32_t length)
@@ -290,6 +271,20 @@ bool QtRtMIDI::sendSysex(const uint8_t *bytes, uint32_t length)
 bool QtRtMIDI::pgmChange(uint8_t channel, uint8_t program)
 {
     return sendMessage(midi::programChange(channel, program));
+}
+
+std::uint64_t QtRtMIDI::movedBytes() const
+{
+    const midi::MidiClients *clients = m_service.clientsInUse();
+    return clients ? clients->movedBytes() : 0;
+}
+
+void QtRtMIDI::setSysexID(uint8_t id)
+{
+    if (m_sysexId == id)
+        return;
+    m_sysexId = id;
+    emit addresseeChanged();
 }
 
 void QtRtMIDI::setSettingsTransferObj(SettingsTransfer *object)

@@ -24,9 +24,9 @@ Q_DECLARE_OPAQUE_POINTER(SettingsTransfer *) // known here by name only: setting
 /// the receive callback, which the MIDI library calls on a thread of its own and which emits
 /// midiMessageReceived() and textMessageReceived() from there: receivers are called queued.
 /// Without a MIDI service the object exists without ports; one that ends takes the ports with it,
-/// and one that comes up is found by scanPorts() and portNames(). Nothing here throws. Once there
-/// is a connection to a service, a service that stops answering is not waited for. Operations that
-/// fail return false or nothing and keep the library's text for getErrorMessage().
+/// and one that comes up is found by scanPorts() and portNames(). The first use of ports makes the
+/// MIDI library's clients. Nothing here throws. Operations that fail return false or nothing and
+/// keep the library's text for getErrorMessage().
 class QtRtMIDI : public QObject
 {
     Q_OBJECT
@@ -75,12 +75,17 @@ public:
     [[nodiscard]] bool receiveMessage(std::vector<uint8_t> &message);
     /// Discards all waiting messages. Only of use in polling mode.
     void flushInput();
+    /// Returns once the whole message was handed over, which takes as long as a slow box takes to
+    /// make room for it. False when it was not: the port is closed, the MIDI library refused, or
+    /// the box took nothing for a second.
     bool sendMessage(const std::vector<uint8_t> &message);
     bool sendSysex(const uint8_t *bytes, uint32_t length);
     bool pgmChange(uint8_t channel, uint8_t program);
+    /// Changes whenever bytes move between the system and the box, where the system tells.
+    [[nodiscard]] std::uint64_t movedBytes() const;
 
     /// The box addressed, 0 to 127: byte 4 of what is sent and of the answers that count.
-    void setSysexID(uint8_t id) { m_sysexId = id; }
+    void setSysexID(uint8_t id);
     void setAltSysexID(uint8_t id) { m_altSysexId = id; }
     [[nodiscard]] SettingsTransfer *settingsTransferObj() const { return m_settingsTransfer; }
     void setSettingsTransferObj(SettingsTransfer *object);
@@ -97,14 +102,18 @@ public:
     bool sendGlobalsReq();
     bool sendScriptReq();
 
-    // Transfers: each blocks until the answer is there or 100 ms of sleep brought none, and
-    // leaves the connection in callback mode. A corrupt answer does not end the wait.
+    // Transfers: each blocks until the answer is there or patience is at an end, which is when
+    // nothing came for 100 ms (settings) or 500 ms (scripts). Where the system tells that bytes of
+    // the answer are still on their way, the wait goes on. They leave the connection in callback
+    // mode. A corrupt answer does not end the wait.
 
     /// The 256-byte settings record, inside the transfer buffer and valid until the next transfer;
     /// null when the box did not answer. A shorter record leaves the rest as the buffer holds it.
     [[nodiscard]] const uint8_t *getGlobals();
     /// The script as a string, or an invalid variant when the box did not answer.
     [[nodiscard]] QVariant getScript();
+    /// Waits for the answers to `count` earlier calls of sendScriptReq() and drops them.
+    void dropScriptAnswers(int count);
     /// Sends one block without waiting for anything. False, with nothing sent, when `data` does not
     /// fit in one frame (more than 7153 bytes). `flag` selects the alternate write command.
     bool sendSettingsBlock(int blockType, const uint8_t *data, uint32_t length, bool flag);
@@ -151,24 +160,20 @@ public:
 signals:
     void midiMessageReceived(std::vector<uint8_t> message);
     void portListChanged();
+    /// Other ports are open than before, or none, or another sysex ID is addressed.
+    void addresseeChanged();
     void settingsTransferObjChanged();
     void textMessageReceived(QString text);
 
 private:
-    /// A port as it stood in the last scan. Numbers move when ports come and go; lasting names
-    /// tell.
-    struct Port
-    {
-        unsigned number = 0;
-        std::string name;
-    };
     struct Pair
     {
-        Port input;
-        Port output;
+        midi::ListedPort input;
+        midi::ListedPort output;
     };
 
     static void receiveCB(double timeStamp, std::vector<uint8_t> *message, void *userData);
+    bool succeeded(std::string &&error);
     [[nodiscard]] std::optional<std::size_t> readBlock(midi::BlockType type);
     [[nodiscard]] std::optional<std::size_t> awaitBlock(midi::BlockType type);
 

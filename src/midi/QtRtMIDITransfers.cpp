@@ -1,19 +1,30 @@
 // The part of the connection that asks a box for something, or hands it something.
 #include "midi/QtRtMIDI.h"
 
+#include "midi/MovingBytes.h"
 #include "midi/UpdateMessages.h"
 
+#include <QDeadlineTimer>
 #include <QString>
-#include <QThread>
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
+
+using namespace std::chrono_literals;
 
 namespace
 {
 
-/// What a read sleeps in all before it gives up, and how long at a time.
-constexpr unsigned long MaxSleepMs = 100;
-constexpr unsigned long SleepMs = 1;
+constexpr auto LookInterval = 1ms;
+constexpr auto SettingsPatience = 100ms;
+/// A box on full-speed USB usually sends 48 bytes a millisecond: 171 ms for the largest frame.
+constexpr auto ScriptPatience = 500ms;
+
+std::chrono::milliseconds patience(midi::BlockType type)
+{
+    return type == midi::BlockType::Script ? ScriptPatience : SettingsPatience;
+}
 
 } // namespace
 
@@ -64,13 +75,27 @@ std::optional<std::size_t> QtRtMIDI::readBlock(midi::BlockType type)
     return length;
 }
 
+void QtRtMIDI::dropScriptAnswers(int count)
+{
+    setCallbackMode(false);
+    while (count > 0 && awaitBlock(midi::BlockType::Script))
+        --count;
+    setCallbackMode(true);
+}
+
 std::optional<std::size_t> QtRtMIDI::awaitBlock(midi::BlockType type)
 {
     std::vector<uint8_t> message;
-    for (unsigned long sleptMs = 0; sleptMs < MaxSleepMs;) {
+    QDeadlineTimer deadline(patience(type));
+    midi::MovingBytes bytes(movedBytes());
+    for (;;) {
         if (!receiveMessage(message)) {
-            QThread::msleep(SleepMs);
-            sleptMs += SleepMs;
+            if (deadline.hasExpired()) {
+                if (!bytes.stillMove(movedBytes()))
+                    return std::nullopt;
+                deadline.setRemainingTime(patience(type));
+            }
+            std::this_thread::sleep_for(LookInterval);
             continue;
         }
         // A frame beyond the buffer's size can be no block of this protocol.
@@ -82,7 +107,6 @@ std::optional<std::size_t> QtRtMIDI::awaitBlock(midi::BlockType type)
         if (const auto length = midi::decodeDataBlock(m_transferBuffer))
             return length;
     }
-    return std::nullopt;
 }
 
 bool QtRtMIDI::sendSettingsBlock(int blockType, const uint8_t *data, uint32_t length, bool flag)

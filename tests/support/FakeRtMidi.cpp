@@ -133,6 +133,10 @@ public:
         FakeRtMidi &world = FakeRtMidi::world();
         if (world.sendFails)
             fail();
+        if (world.sendWarns) {
+            error(RtMidiError::WARNING, FakeRtMidi::ErrorText);
+            return;
+        }
         const FakeRtMidi::Sent sent{m_openName.value_or(""), {bytes, bytes + size}};
         world.sent.push_back(sent);
         if (world.onSend)
@@ -142,11 +146,12 @@ public:
 
 void checkService(RtMidi::Api requested)
 {
-    const auto service = FakeRtMidi::world().service;
-    const bool unnamed = requested == RtMidi::UNSPECIFIED;
-    if (service == FakeRtMidi::Service::FailsAlways ||
-        (service == FakeRtMidi::Service::FailsUnlessNamed && unnamed) ||
-        (service == FakeRtMidi::Service::JackFails && requested == RtMidi::UNIX_JACK))
+    using Service = FakeRtMidi::Service;
+    const FakeRtMidi &world = FakeRtMidi::world();
+    const bool alsaFails =
+        world.service == Service::AlsaFails || world.style == midi::NameStyle::Jack;
+    if (world.service == Service::FailsAlways || (alsaFails && requested == RtMidi::LINUX_ALSA) ||
+        (world.service == Service::JackFails && requested == RtMidi::UNIX_JACK))
         fail();
 }
 

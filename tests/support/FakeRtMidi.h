@@ -25,8 +25,9 @@ public:
         Message bytes;
     };
 
-    /// What the constructors of the library's clients do.
-    enum class Service { Works, FailsUnlessNamed, JackFails, FailsAlways, OutputFails };
+    /// What the constructors of the library's clients do. Those of ALSA fail with the names of
+    /// JACK.
+    enum class Service { Works, AlsaFails, JackFails, FailsAlways, OutputFails };
 
     enum class JackServer { Runs, Stopped, Ended };
 
@@ -46,7 +47,8 @@ public:
     std::vector<std::string> outputs;
     bool inputOpenFails = false;
     bool outputOpenFails = false;
-    bool sendFails = false;
+    bool sendFails = false; ///< by an exception, as on Windows
+    bool sendWarns = false; ///< and nothing else, as failed sends do on ALSA
     bool countFails = false;
     /// Called for each message sent, after it was recorded; may answer with receive().
     std::function<void(const Sent &)> onSend;

@@ -196,16 +196,6 @@ private slots:
         QVERIFY(stage.logSays(" connected\n"));
     }
 
-    void serverDoesNotAnswerAtTheStart()
-    {
-        Stage stage(BoxOptions, &MidiServer::pause);
-        QCOMPARE(chosen(stage), NotConnected);
-        stage.checkThatEditingWorks();
-        stage.server.resume();
-        QVERIFY(stage.isConnected());
-        QVERIFY(stage.logSays(" connected\n"));
-    }
-
     void boxIsUnpluggedAndComesBack()
     {
         Stage stage(BoxOptions);
