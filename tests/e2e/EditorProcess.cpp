@@ -23,6 +23,8 @@ EditorProcess::EditorProcess()
     setEnvironment("XDG_DATA_HOME", homePath("data"));
     setEnvironment("XDG_CACHE_HOME", homePath("cache"));
     setEnvironment("TMPDIR", m_home.path());
+    // Without an address, D-Bus starts a bus of its own and leaves files in the home folder.
+    setEnvironment("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + homePath("no-bus"));
     setEnvironment("QT_QPA_PLATFORM", "offscreen");
     setEnvironment("QT_QUICK_BACKEND", "software");
     setEnvironment("QT_MESSAGE_PATTERN", LogPattern);
