@@ -15,6 +15,18 @@ QtObject {
     signal logged(string message)
     signal scriptRead(string name, string text)
 
+    readonly property Connections confirmation: Connections {
+        target: root.transfer
+
+        function onSentScriptDiffers() {
+            root.logged(qsTr("The device holds a different script. Please send it again.\n"));
+        }
+
+        function onSentScriptNotConfirmed() {
+            root.logged(qsTr("The device did not confirm the script.\n"));
+        }
+    }
+
     function readScript() {
         if (!deviceConnected)
             return;

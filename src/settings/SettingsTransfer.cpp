@@ -24,7 +24,12 @@ int blockType(midi::BlockType type)
 
 SettingsTransfer::SettingsTransfer(QObject *parent)
     : QObject(parent)
-{}
+{
+    connect(&m_confirmation, &ScriptConfirmation::scriptDiffers, this,
+            &SettingsTransfer::sentScriptDiffers);
+    connect(&m_confirmation, &ScriptConfirmation::scriptNotConfirmed, this,
+            &SettingsTransfer::sentScriptNotConfirmed);
+}
 
 void SettingsTransfer::registerSingleton(QQmlEngine *engine)
 {
@@ -48,6 +53,7 @@ void SettingsTransfer::setMidiObj(QtRtMIDI *link)
     if (m_link == link)
         return;
     m_link = link;
+    m_confirmation.setLink(link);
     emit midiObjChanged();
     if (m_link)
         m_link->setSettingsTransferObj(this);
@@ -71,17 +77,22 @@ bool SettingsTransfer::sendGlobals(const SettingsT *globals)
 
 QVariant SettingsTransfer::receiveScript()
 {
+    m_confirmation.dropAnswers();
     return m_link ? m_link->getScript() : QVariant();
 }
 
 bool SettingsTransfer::sendScript(const QString &scriptStr)
 {
+    m_confirmation.cancel();
     if (!m_link)
         return false;
     const QByteArray text = scriptStr.toLatin1();
-    return m_link->sendSettingsBlock(blockType(midi::BlockType::Script),
-                                     reinterpret_cast<const uint8_t *>(text.constData()),
-                                     static_cast<uint32_t>(text.size()), false);
+    if (!m_link->sendSettingsBlock(blockType(midi::BlockType::Script),
+                                   reinterpret_cast<const uint8_t *>(text.constData()),
+                                   static_cast<uint32_t>(text.size()), false))
+        return false;
+    m_confirmation.begin(text);
+    return true;
 }
 
 bool SettingsTransfer::sendSettings()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "settings/ScriptConfirmation.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QVariant>
@@ -33,16 +35,22 @@ public:
     [[nodiscard]] bool sendGlobals(const SettingsT *globals);
     /// The box's script as a string; an invalid variant when it did not answer.
     Q_INVOKABLE QVariant receiveScript();
-    /// One byte per character (Latin-1). False when it could not be sent or is too long.
+    /// One byte per character (Latin-1). False when it could not be sent or is too long. A moment
+    /// later the box is asked for it; see the signals.
     Q_INVOKABLE bool sendScript(const QString &scriptStr);
     /// Kept for callers of the interface; does nothing and returns false.
     Q_INVOKABLE bool sendSettings();
 
 signals:
     void midiObjChanged();
+    /// The box was asked and holds another script than the one sent last.
+    void sentScriptDiffers();
+    /// The box was asked twice and did not answer.
+    void sentScriptNotConfirmed();
 
 private:
     explicit SettingsTransfer(QObject *parent);
 
     QPointer<QtRtMIDI> m_link;
+    ScriptConfirmation m_confirmation;
 };
