@@ -93,7 +93,7 @@ bool MidiDevice::updateVersion()
 {
     if (!m_link)
         return false;
-    m_link->scanPorts(nullptr, nullptr);
+    m_link->scanAllPorts();
     for (int port = 0; port < m_link->portCount(); ++port) {
         const auto index = static_cast<unsigned>(port);
         if (!m_link->selectPort(index))

@@ -13,7 +13,10 @@ namespace
 {
 
 constexpr auto LookInterval = 1ms;
-constexpr auto StallTime = 1s; ///< without a byte taken, after which a device is given up
+/// Without a byte taken, after which a device is given up.
+constexpr auto StallTime = 1s;
+/// The same when its port is closed, with nothing more to be said.
+constexpr auto DrainStallTime = 300ms;
 
 /// What the kernel keeps for a device, and what another program's port holds, in bytes.
 constexpr double BufferSize = 4096;
@@ -28,7 +31,10 @@ AlsaOutput::AlsaOutput(AlsaAddress address)
     : m_file(alsaPortFile(address))
     , m_bucket(BufferSize, belongsToProgram(address) ? ProgramPace : SlowestPace)
 {
-    if (!room())
+    const auto capacity = m_file ? outputCapacity(*m_file) : std::nullopt;
+    if (capacity && room())
+        m_capacity = *capacity;
+    else
         m_file.reset();
 }
 
@@ -54,13 +60,19 @@ std::optional<std::size_t> AlsaOutput::room() const
 AlsaOutput::Result AlsaOutput::awaitRoom(std::size_t bytes)
 {
     if (m_file)
-        return awaitToldRoom(bytes);
+        return awaitToldRoom(bytes, StallTime);
     while (!m_bucket.take(bytes, steady_clock::now()))
         std::this_thread::sleep_for(LookInterval);
     return Result::Sent;
 }
 
-AlsaOutput::Result AlsaOutput::awaitToldRoom(std::size_t bytes) const
+bool AlsaOutput::drain() const
+{
+    return !m_file || awaitToldRoom(m_capacity, DrainStallTime) != Result::NotTaken;
+}
+
+AlsaOutput::Result AlsaOutput::awaitToldRoom(std::size_t bytes,
+                                             std::chrono::milliseconds patience) const
 {
     std::size_t lastRoom = 0;
     auto lastTaken = steady_clock::now();
@@ -75,7 +87,7 @@ AlsaOutput::Result AlsaOutput::awaitToldRoom(std::size_t bytes) const
             lastRoom = *roomNow;
             lastTaken = now;
         }
-        if (now - lastTaken > StallTime)
+        if (now - lastTaken > patience)
             return Result::NotTaken;
         std::this_thread::sleep_for(LookInterval);
     }

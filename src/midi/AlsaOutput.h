@@ -4,6 +4,7 @@
 #include "midi/ByteMessage.h"
 #include "midi/LeakyBucket.h"
 
+#include <chrono>
 #include <functional>
 #include <optional>
 
@@ -32,14 +33,19 @@ public:
     /// room, or, where the kernel does not tell, as long as a slow device would.
     [[nodiscard]] Result send(ByteView message, const Sink &sink);
 
+    /// Waits until the device has taken all that was sent, for as long as it takes anything. False
+    /// when it does not: whoever closes the port then waits for the device for 20 seconds.
+    [[nodiscard]] bool drain() const;
+
     /// Bytes that the kernel takes for the device now; nothing where it does not tell.
     [[nodiscard]] std::optional<std::size_t> room() const;
 
 private:
     [[nodiscard]] Result awaitRoom(std::size_t bytes);
-    [[nodiscard]] Result awaitToldRoom(std::size_t bytes) const;
+    [[nodiscard]] Result awaitToldRoom(std::size_t bytes, std::chrono::milliseconds patience) const;
 
     std::optional<AlsaPortFile> m_file; ///< where the kernel tells
+    std::size_t m_capacity = 0;         ///< of the kernel's buffer, in bytes; there as well
     LeakyBucket m_bucket;               ///< where it does not
 };
 

@@ -103,6 +103,11 @@ std::optional<std::size_t> outputRoom(const AlsaPortFile &file)
     return readPortValue(contentOf(file.path), "Output", file.substream, "Avail");
 }
 
+std::optional<std::size_t> outputCapacity(const AlsaPortFile &file)
+{
+    return readPortValue(contentOf(file.path), "Output", file.substream, "Buffer size");
+}
+
 std::optional<std::uint64_t> inputCount(const AlsaPortFile &file)
 {
     return readPortValue(contentOf(file.path), "Input", file.substream, "Rx bytes");

@@ -42,6 +42,9 @@ struct AlsaPortFile
 /// as when the device is gone.
 [[nodiscard]] std::optional<std::size_t> outputRoom(const AlsaPortFile &file);
 
+/// Bytes that the kernel keeps for the output at `file` at most; nothing as above.
+[[nodiscard]] std::optional<std::size_t> outputCapacity(const AlsaPortFile &file);
+
 /// Bytes that came in through the input at `file` since somebody opened it; nothing as above.
 [[nodiscard]] std::optional<std::uint64_t> inputCount(const AlsaPortFile &file);
 

@@ -2,6 +2,7 @@
 
 #include "midi/AlsaInputPool.h"
 #include "midi/DataBlockFrame.h"
+#include "midi/InterruptedWaits.h"
 
 #include <QByteArray>
 #include <QLoggingCategory>
@@ -217,6 +218,9 @@ void MidiClients::awaitQuiet() const
 /// client.
 std::string MidiClients::closePorts()
 {
+    std::optional<InterruptedWaits> interruptedWaits;
+    if (m_alsaOutput && !m_alsaOutput->drain())
+        interruptedWaits.emplace();
     m_alsaOutput.reset();
     m_alsaInput.reset();
     awaitQuiet();

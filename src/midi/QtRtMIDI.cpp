@@ -11,6 +11,7 @@
 #include <RtMidi.h>
 
 #include <algorithm>
+#include <iterator>
 
 using midi::ByteView;
 
@@ -78,28 +79,43 @@ bool QtRtMIDI::init()
 
 void QtRtMIDI::scanPorts(const char *inName, const char *outName)
 {
+    if (!inName || !outName) {
+        listPairs(false, true);
+        return;
+    }
+    m_namedInput = inName;
+    m_namedOutput = outName;
+    listPairs(true, false);
+}
+
+void QtRtMIDI::scanAllPorts()
+{
+    listPairs(!m_namedInput.empty(), true);
+}
+
+/// Lists the pair of the last named scan, or the pairs of equal names, or both.
+void QtRtMIDI::listPairs(bool named, bool equal)
+{
     m_pairs.clear();
     m_selected.reset();
     m_service.refreshThoroughly();
     const midi::MidiClients &clients = m_service.clients();
     if (clients.input) {
         attempt(m_error, [&] {
+            const midi::NameStyle style = clients.nameStyle;
             const auto inputs = midi::allPortNames(*clients.input);
             const auto outputs = midi::allPortNames(*clients.output);
-            const auto append = [&](unsigned in, unsigned out) {
-                m_pairs.push_back({{in, lastingName(clients.nameStyle, inputs, in)},
-                                   {out, lastingName(clients.nameStyle, outputs, out)}});
-            };
-            if (!inName || !outName) {
-                for (const midi::PortPair &pair :
-                     midi::pairPorts(clients.nameStyle, inputs, outputs))
-                    append(pair.input, pair.output);
-                return;
-            }
-            const auto input = midi::findPort(clients.nameStyle, inputs, inName);
-            const auto output = midi::findPort(clients.nameStyle, outputs, outName);
-            if (input && output)
-                append(*input, *output);
+            std::vector<midi::PortPair> found;
+            const auto input = midi::findPort(style, inputs, m_namedInput);
+            const auto output = midi::findPort(style, outputs, m_namedOutput);
+            if (named && input && output)
+                found.push_back({*input, *output});
+            if (equal)
+                std::ranges::copy(midi::pairPorts(style, inputs, outputs),
+                                  std::back_inserter(found));
+            for (const midi::PortPair &pair : found)
+                m_pairs.push_back({{pair.input, lastingName(style, inputs, pair.input)},
+                                   {pair.output, lastingName(style, outputs, pair.output)}});
         });
     }
     emit portListChanged();

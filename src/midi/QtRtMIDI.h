@@ -47,6 +47,9 @@ public:
     /// Rebuilds the list of port pairs and emits portListChanged() once. With two names: the one
     /// pair of ports so called, if both exist. With a null name: every input with its output.
     void scanPorts(const char *inName, const char *outName);
+    /// The same for the pair of the last scan by names, if there was one and the pair is there, and
+    /// then every input with its output. That pair may stand in the list twice.
+    void scanAllPorts();
     [[nodiscard]] int portCount() const;
     /// The input's name as the library reports it now, "" where there is none. Valid until the
     /// next call.
@@ -174,12 +177,15 @@ private:
 
     static void receiveCB(double timeStamp, std::vector<uint8_t> *message, void *userData);
     bool succeeded(std::string &&error);
+    void listPairs(bool named, bool equal);
     [[nodiscard]] std::optional<std::size_t> readBlock(midi::BlockType type);
     [[nodiscard]] std::optional<std::size_t> awaitBlock(midi::BlockType type);
 
     const std::shared_ptr<midi::MessageInbox> m_inbox;
     midi::MidiService m_service; ///< delivers to the inbox
     SettingsTransfer *m_settingsTransfer = nullptr;
+    std::string m_namedInput; ///< of the last scan by names
+    std::string m_namedOutput;
     std::vector<Pair> m_pairs;
     std::optional<Pair> m_openPair;
     std::optional<unsigned> m_selected; ///< the open pair's place in m_pairs

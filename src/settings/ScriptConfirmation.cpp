@@ -113,12 +113,14 @@ void ScriptConfirmation::receive(const std::vector<uint8_t> &message)
     const bool isAnswer = m_link->isZEVScriptData(message) || m_link->isZEVSysexData(message);
     if (!isAnswer || m_answersDue == 0)
         return;
+    const auto script = midi::readDataBlock(message);
+    if (!script)
+        return; // damaged on its way, which a repetition may follow
     --m_answersDue;
     const bool isOlder = m_olderAnswersDue > 0;
     if (isOlder)
         --m_olderAnswersDue;
-    const auto script = midi::readDataBlock(message);
-    if (!script || !m_timer.isActive())
+    if (!m_timer.isActive())
         return;
     if (holdSameScript(m_script, *script)) {
         cancel();

@@ -48,15 +48,6 @@ bool readMilliseconds(const QString &value, std::chrono::milliseconds &time)
     return true;
 }
 
-bool readPace(const QString &value, std::optional<double> &bytesPerMs)
-{
-    constexpr double Slowest = 0.01;
-    constexpr double Fastest = 1'000'000;
-    bool ok = false;
-    bytesPerMs = value.toDouble(&ok);
-    return ok && *bytesPerMs >= Slowest && *bytesPerMs <= Fastest;
-}
-
 bool readVersion(const QString &value, midi::FirmwareVersion &version)
 {
     const QStringList parts = value.split('.');
@@ -126,7 +117,10 @@ constexpr std::array Options{
            [](BoxOptions &o, const QString &) { return o.jackNames = true; }},
     Option{"pace", "BYTES_PER_MS",
            "With --usb: so many bytes a millisecond each way, 0.01 to 1000000 (default unlimited).",
-           [](BoxOptions &o, const QString &v) { return readPace(v, o.bytesPerMs); }},
+           [](BoxOptions &o, const QString &v) {
+               o.bytesPerMs = parsePace(v);
+               return o.bytesPerMs.has_value();
+           }},
     Option{"exit-with-stdin", nullptr, "End when standard input ends.",
            [](BoxOptions &o, const QString &) { return o.exitWithStdin = true; }},
     Option{"help", nullptr, "Show this text.",
@@ -201,6 +195,9 @@ public:
             "  unplug, plug     take the ports off the bus and put them back\n"
             "  stall, resume    with --usb: take nothing that is sent to the box, and take it "
             "again\n"
+            "  pace N           with --usb: pass so many bytes a millisecond each way; without N\n"
+            "                   as many as the computer likes\n"
+            "  after MS COMMAND obey a command so many milliseconds from now\n"
             "  quit");
         for (const Option &option : Options) {
             if (isKnown(option))
@@ -260,6 +257,17 @@ std::variant<BoxFaults, UsageError> parseFaults(const QStringList &arguments)
     if (const auto *error = std::get_if<UsageError>(&result))
         return *error;
     return std::get<BoxOptions>(result).faults;
+}
+
+std::optional<double> parsePace(const QString &value)
+{
+    constexpr double Slowest = 0.01;
+    constexpr double Fastest = 1'000'000;
+    bool isNumber = false;
+    const double bytesPerMs = value.toDouble(&isNumber);
+    if (!isNumber || bytesPerMs < Slowest || bytesPerMs > Fastest)
+        return std::nullopt;
+    return bytesPerMs;
 }
 
 QString usageLine()

@@ -36,6 +36,9 @@ struct UsageError
 /// The faults that `arguments` name, options as on the command line and no others.
 [[nodiscard]] std::variant<BoxFaults, UsageError> parseFaults(const QStringList &arguments);
 
+/// Bytes a millisecond; nothing where `value` is no number in range.
+[[nodiscard]] std::optional<double> parsePace(const QString &value);
+
 [[nodiscard]] QString usageLine();
 [[nodiscard]] QString helpText();
 

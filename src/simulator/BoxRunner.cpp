@@ -70,6 +70,7 @@ void BoxRunner::command(const QString &line)
         Entry{"faults", &BoxRunner::setFaults}, Entry{"state", &BoxRunner::reportState},
         Entry{"unplug", &BoxRunner::unplug},    Entry{"plug", &BoxRunner::plug},
         Entry{"stall", &BoxRunner::stall},      Entry{"resume", &BoxRunner::resume},
+        Entry{"pace", &BoxRunner::setPace},     Entry{"after", &BoxRunner::commandLater},
     };
     const QString name = line.section(' ', 0, 0).trimmed();
     if (name.isEmpty())
@@ -263,6 +264,23 @@ void BoxRunner::setStalled(bool stalled)
         say(stalled ? "stalled" : "resumed");
     else
         complain("these ports cannot be stalled");
+}
+
+void BoxRunner::setPace(const QString &bytesPerMs)
+{
+    const auto pace = parsePace(bytesPerMs);
+    if (!pace && !bytesPerMs.isEmpty())
+        complain("bad pace '" + bytesPerMs + "'");
+    else if (m_ports->setPace(pace))
+        say("pace " + bytesPerMs.toStdString());
+    else
+        complain("these ports have no pace");
+}
+
+void BoxRunner::commandLater(const QString &msAndLine)
+{
+    const std::chrono::milliseconds delay(msAndLine.section(' ', 0, 0).toUInt());
+    after(delay, [this, line = msAndLine.section(' ', 1)] { command(line); });
 }
 
 } // namespace simulator

@@ -57,6 +57,8 @@ private:
     void unplug(const QString &argument);
     void plug(const QString &argument);
     void stall(const QString &argument);
+    void setPace(const QString &bytesPerMs);
+    void commandLater(const QString &msAndLine);
     void resume(const QString &argument);
     void setStalled(bool stalled);
 

@@ -4,6 +4,7 @@
 
 #include <QObject>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,9 @@ public:
     /// Takes nothing from the computer from now on, or takes it again; the computer keeps what
     /// waits. False when these ports cannot do so.
     [[nodiscard]] virtual bool setStalled(bool /*stalled*/) { return false; }
+    /// Passes so many bytes a millisecond each way from now on; without a number as many as the
+    /// computer likes. False when these ports cannot do so.
+    [[nodiscard]] virtual bool setPace(std::optional<double> /*bytesPerMs*/) { return false; }
 
 signals:
     void opened();

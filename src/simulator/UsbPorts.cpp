@@ -144,4 +144,12 @@ bool UsbPorts::setStalled(bool stalled)
     return true;
 }
 
+bool UsbPorts::setPace(std::optional<double> bytesPerMs)
+{
+    m_bytesPerMs = bytesPerMs;
+    if (m_device)
+        m_device->setPace(bytesPerMs);
+    return true;
+}
+
 } // namespace simulator

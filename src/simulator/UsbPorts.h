@@ -39,6 +39,7 @@ public:
     [[nodiscard]] std::vector<PairNames> pairs() const override;
     void send(std::size_t pair, const midi::ByteMessage &message) override;
     [[nodiscard]] bool setStalled(bool stalled) override;
+    [[nodiscard]] bool setPace(std::optional<double> bytesPerMs) override;
 
 private:
     void serve(int socket);

@@ -52,6 +52,14 @@ void UsbMidiDevice::send(unsigned cable, midi::ByteView message)
     giveData();
 }
 
+void UsbMidiDevice::setPace(std::optional<double> bytesPerMs)
+{
+    m_takePace = TransferPace(bytesPerMs);
+    m_givePace = TransferPace(bytesPerMs);
+    takeData();
+    giveData();
+}
+
 void UsbMidiDevice::setStalled(bool stalled)
 {
     m_stalled = stalled;

@@ -31,6 +31,9 @@ public:
     /// To the computer, in order, whenever it has room.
     void send(unsigned cable, midi::ByteView message);
 
+    /// As above, from now on.
+    void setPace(std::optional<double> bytesPerMs);
+
     /// A stalled device takes no messages; what the computer sends then waits there.
     void setStalled(bool stalled);
 

@@ -105,8 +105,11 @@ private:
     QQuickWindow *m_window = nullptr;
 };
 
-/// Runs the tests of a class on a private MIDI service.
-int runWindowTests(QObject &test, int argc, char **argv);
+/// Whose MIDI service the tests of a class meet: one of their own, or the machine's.
+enum class MidiOf { Test, Machine };
+
+/// Runs the tests of a class.
+int runWindowTests(QObject &test, int argc, char **argv, MidiOf owner = MidiOf::Test);
 
 /// The main function of a test program, as QTEST_MAIN is without a window.
 #define WINDOW_TEST_MAIN(TestClass)                                                                \
