@@ -106,7 +106,8 @@ std::string errorOf(Work &&work)
         work();
         return {};
     } catch (const std::exception &error) {
-        return error.what();
+        const std::string text = error.what();
+        return text.empty() ? "the MIDI library failed without a reason" : text;
     }
 }
 
