@@ -265,9 +265,9 @@ std::optional<double> parsePace(const QString &value)
     constexpr double Fastest = 1'000'000;
     bool isNumber = false;
     const double bytesPerMs = value.toDouble(&isNumber);
-    if (!isNumber || bytesPerMs < Slowest || bytesPerMs > Fastest)
-        return std::nullopt;
-    return bytesPerMs;
+    if (isNumber && bytesPerMs >= Slowest && bytesPerMs <= Fastest)
+        return bytesPerMs;
+    return std::nullopt; // and so for what counts as a number but is none
 }
 
 QString usageLine()
