@@ -13,10 +13,11 @@ namespace
 {
 
 constexpr auto LookInterval = 1ms;
-/// Without a byte taken, after which a device is given up.
+/// A device that takes nothing for so long is given up, and one whose port is closed sooner.
 constexpr auto StallTime = 1s;
-/// The same when its port is closed, with nothing more to be said.
 constexpr auto DrainStallTime = 300ms;
+/// Nobody waits longer for room, since another program may go on filling it.
+constexpr auto LongestWait = 2s;
 
 /// What the kernel keeps for a device, and what another program's port holds, in bytes.
 constexpr double BufferSize = 4096;
@@ -28,11 +29,12 @@ constexpr double ProgramPace = 48;
 } // namespace
 
 AlsaOutput::AlsaOutput(AlsaAddress address)
-    : m_file(alsaPortFile(address))
+    : m_address(address)
+    , m_file(alsaPortFile(address))
     , m_bucket(BufferSize, belongsToProgram(address) ? ProgramPace : SlowestPace)
 {
     const auto capacity = m_file ? outputCapacity(*m_file) : std::nullopt;
-    if (capacity && room())
+    if (capacity)
         m_capacity = *capacity;
     else
         m_file.reset();
@@ -52,42 +54,48 @@ AlsaOutput::Result AlsaOutput::send(ByteView message, const Sink &sink)
     return Result::Sent;
 }
 
-std::optional<std::size_t> AlsaOutput::room() const
+std::uint64_t AlsaOutput::bytesTaken() const
 {
-    return m_file ? outputRoom(*m_file) : std::nullopt;
+    return m_file ? midi::bytesTaken(*m_file) : 0;
+}
+
+bool AlsaOutput::drain() const
+{
+    if (m_file)
+        return awaitToldRoom(m_capacity, DrainStallTime) != Result::NotTaken;
+    while (!m_bucket.isEmpty(steady_clock::now()))
+        std::this_thread::sleep_for(LookInterval);
+    return belongsToProgram(m_address);
 }
 
 AlsaOutput::Result AlsaOutput::awaitRoom(std::size_t bytes)
 {
+    // Twice as much as needed, because another program may send between the look and the piece.
     if (m_file)
-        return awaitToldRoom(bytes, StallTime);
+        return awaitToldRoom(std::min(2 * bytes, m_capacity), StallTime);
     while (!m_bucket.take(bytes, steady_clock::now()))
         std::this_thread::sleep_for(LookInterval);
     return Result::Sent;
 }
 
-bool AlsaOutput::drain() const
-{
-    return !m_file || awaitToldRoom(m_capacity, DrainStallTime) != Result::NotTaken;
-}
-
 AlsaOutput::Result AlsaOutput::awaitToldRoom(std::size_t bytes,
                                              std::chrono::milliseconds patience) const
 {
-    std::size_t lastRoom = 0;
-    auto lastTaken = steady_clock::now();
+    std::size_t mostRoom = 0;
+    const auto begin = steady_clock::now();
+    auto lastTaken = begin;
     for (;;) {
-        const auto roomNow = room();
-        if (!roomNow)
+        const auto room = outputRoom(*m_file);
+        if (!room)
             return Result::Gone;
-        if (*roomNow >= bytes)
+        if (*room >= bytes)
             return Result::Sent;
         const auto now = steady_clock::now();
-        if (*roomNow != lastRoom) {
-            lastRoom = *roomNow;
+        if (*room > mostRoom) {
+            mostRoom = *room;
             lastTaken = now;
         }
-        if (now - lastTaken > patience)
+        if (now - lastTaken > patience || now - begin > LongestWait)
             return Result::NotTaken;
         std::this_thread::sleep_for(LookInterval);
     }

@@ -29,21 +29,22 @@ public:
     explicit AlsaOutput(AlsaAddress address);
 
     /// Returns once all of `message` was handed over. NotTaken: the device took nothing for a
-    /// second. Gone: it was unplugged meanwhile. Blocks for as long as the device takes to make
-    /// room, or, where the kernel does not tell, as long as a slow device would.
+    /// second, or too little. Gone: it was unplugged meanwhile. Blocks for as long as the device
+    /// takes to make room, or, where the kernel does not tell, as long as a slow device would.
     [[nodiscard]] Result send(ByteView message, const Sink &sink);
 
-    /// Waits until the device has taken all that was sent, for as long as it takes anything. False
-    /// when it does not: whoever closes the port then waits for the device for 20 seconds.
+    /// Waits until the device has taken all that was sent, two seconds at most. False when it has
+    /// not, as far as one can know: whoever closes the port may then wait for it for 20 seconds.
     [[nodiscard]] bool drain() const;
 
-    /// Bytes that the kernel takes for the device now; nothing where it does not tell.
-    [[nodiscard]] std::optional<std::size_t> room() const;
+    /// Bytes that the device has taken; 0 where the kernel does not tell.
+    [[nodiscard]] std::uint64_t bytesTaken() const;
 
 private:
     [[nodiscard]] Result awaitRoom(std::size_t bytes);
     [[nodiscard]] Result awaitToldRoom(std::size_t bytes, std::chrono::milliseconds patience) const;
 
+    AlsaAddress m_address;
     std::optional<AlsaPortFile> m_file; ///< where the kernel tells
     std::size_t m_capacity = 0;         ///< of the kernel's buffer, in bytes; there as well
     LeakyBucket m_bucket;               ///< where it does not

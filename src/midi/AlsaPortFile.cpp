@@ -1,9 +1,8 @@
 #include "midi/AlsaPortFile.h"
 
-#include <array>
 #include <charconv>
-#include <cstdio>
-#include <memory>
+#include <fstream>
+#include <iterator>
 
 namespace midi
 {
@@ -43,24 +42,11 @@ std::optional<std::uint64_t> numberBehindColon(std::string_view line)
     return value;
 }
 
-/// All of a small file; empty where it cannot be read. Not by a stream of C++, since those ask such
-/// files for a size that they do not have.
+/// All of a small file; empty where it cannot be read.
 std::string contentOf(const std::string &path)
 {
-    struct Close
-    {
-        void operator()(std::FILE *file) const { std::fclose(file); }
-    };
-    std::string content;
-    const std::unique_ptr<std::FILE, Close> file(std::fopen(path.c_str(), "r"));
-    std::array<char, 4096> buffer{};
-    while (file) {
-        const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), file.get());
-        if (count == 0)
-            break;
-        content.append(buffer.data(), count);
-    }
-    return content;
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 } // namespace
@@ -108,9 +94,14 @@ std::optional<std::size_t> outputCapacity(const AlsaPortFile &file)
     return readPortValue(contentOf(file.path), "Output", file.substream, "Buffer size");
 }
 
-std::optional<std::uint64_t> inputCount(const AlsaPortFile &file)
+std::uint64_t bytesTaken(const AlsaPortFile &file)
 {
-    return readPortValue(contentOf(file.path), "Input", file.substream, "Rx bytes");
+    return readPortValue(contentOf(file.path), "Output", file.substream, "Tx bytes").value_or(0);
+}
+
+std::uint64_t bytesReceived(const AlsaPortFile &file)
+{
+    return readPortValue(contentOf(file.path), "Input", file.substream, "Rx bytes").value_or(0);
 }
 
 } // namespace midi

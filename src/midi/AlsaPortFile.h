@@ -45,7 +45,9 @@ struct AlsaPortFile
 /// Bytes that the kernel keeps for the output at `file` at most; nothing as above.
 [[nodiscard]] std::optional<std::size_t> outputCapacity(const AlsaPortFile &file);
 
-/// Bytes that came in through the input at `file` since somebody opened it; nothing as above.
-[[nodiscard]] std::optional<std::uint64_t> inputCount(const AlsaPortFile &file);
+/// Bytes that the device took from the output at `file`, or sent through the input, since somebody
+/// opened it; 0 where the kernel does not tell.
+[[nodiscard]] std::uint64_t bytesTaken(const AlsaPortFile &file);
+[[nodiscard]] std::uint64_t bytesReceived(const AlsaPortFile &file);
 
 } // namespace midi

@@ -80,7 +80,7 @@ std::optional<std::size_t> decodeDataBlock(std::span<std::uint8_t, MaxFrameLengt
 std::optional<ByteMessage> readDataBlock(ByteView message)
 {
     std::array<std::uint8_t, MaxFrameLength> buffer{};
-    if (message.size() > buffer.size())
+    if (message.size() < FrameOverhead || message.size() > buffer.size())
         return std::nullopt;
     std::ranges::copy(message, buffer.begin());
     const auto length = decodeDataBlock(buffer);

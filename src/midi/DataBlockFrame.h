@@ -34,7 +34,7 @@ buildDataBlock(std::span<std::uint8_t, MaxFrameLength> buffer, Command command,
 decodeDataBlock(std::span<std::uint8_t, MaxFrameLength> buffer);
 
 /// The payload of the data block `message`, or nothing as above, and nothing for a message that is
-/// longer than any frame. The header is not looked at.
+/// shorter or longer than any frame. The header is not looked at.
 [[nodiscard]] std::optional<ByteMessage> readDataBlock(ByteView message);
 
 } // namespace midi

@@ -16,13 +16,11 @@ namespace
 
 constexpr long IntervalNs = 50'000'000;
 
-/// One that nobody else uses. Its handler does nothing, and stays.
+/// Its handler does nothing, and stays.
 int signalNumber()
 {
     static const int number = [] {
-        struct sigaction action
-        {
-        };
+        struct sigaction action = {};
         action.sa_handler = [](int) {};
         sigaction(SIGRTMAX, &action, nullptr);
         return SIGRTMAX;

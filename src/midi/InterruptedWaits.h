@@ -5,9 +5,10 @@
 namespace midi
 {
 
-/// While this exists, every wait of this thread in the kernel is cut short after 50 ms. ALSA waits
-/// twice for ten seconds when a port is closed whose device takes nothing, unless a signal comes.
-/// Does nothing on other systems than Linux. Stays on its thread.
+/// While this exists, a signal every 50 ms cuts this thread's waits in the kernel short, as far as
+/// a signal can. When a port is closed whose device takes nothing, ALSA otherwise waits twice for
+/// ten seconds. Takes SIGRTMAX for that. Does nothing on other systems than Linux. Stays on its
+/// thread.
 class InterruptedWaits
 {
 public:

@@ -31,6 +31,13 @@ public:
         return true;
     }
 
+    /// Whether all has leaked out at `now`.
+    [[nodiscard]] constexpr bool isEmpty(Time now) const
+    {
+        const std::chrono::duration<double, std::milli> passed = now - m_last;
+        return m_level <= passed.count() * m_bytesPerMs;
+    }
+
 private:
     double m_capacity;   ///< bytes
     double m_bytesPerMs; ///< that leak out

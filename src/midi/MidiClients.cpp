@@ -274,8 +274,8 @@ std::string MidiClients::sendPiece(ByteView piece) const
 
 std::uint64_t MidiClients::movedBytes() const
 {
-    const std::uint64_t taken = m_alsaOutput ? m_alsaOutput->room().value_or(0) : 0;
-    const std::uint64_t received = m_alsaInput ? inputCount(*m_alsaInput).value_or(0) : 0;
+    const std::uint64_t taken = m_alsaOutput ? m_alsaOutput->bytesTaken() : 0;
+    const std::uint64_t received = m_alsaInput ? bytesReceived(*m_alsaInput) : 0;
     return taken + received;
 }
 

@@ -55,8 +55,8 @@ struct MidiClients
     std::string closePorts();
     /// Sends one whole message through the open output. May block; see AlsaOutput.
     [[nodiscard]] std::string send(ByteView message);
-    /// Changes whenever bytes move between the system and the device, as far as the system tells:
-    /// how many it takes for the device, and how many came from it.
+    /// Counts the bytes that moved between the system and the device while the ports were open; 0
+    /// where the system does not tell.
     [[nodiscard]] std::uint64_t movedBytes() const;
 
     std::unique_ptr<JackService> jack; ///< on JACK only

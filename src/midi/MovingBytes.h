@@ -1,37 +1,38 @@
 #pragma once
 
-#include "midi/DataBlockFrame.h"
-
+#include <chrono>
 #include <cstdint>
 
 namespace midi
 {
 
-/// Tells a slow device from a silent one, by a count that changes whenever bytes move to or from it
-/// (see MidiClients::movedBytes()). Whoever waits for an answer asks this each time that patience
-/// runs out.
+/// Tells a slow device from a silent one, by the bytes that moved to and from it (see
+/// MidiClients::movedBytes()). Whoever waits for an answer asks this each time that patience runs
+/// out, and waits on when it says so.
 class MovingBytes
 {
 public:
     /// `count` is that of the moment at which the wait began.
     explicit constexpr MovingBytes(std::uint64_t count = 0)
-        : m_first(count)
-        , m_last(count)
+        : m_last(count)
     {}
 
-    /// Whether bytes moved since the last call. False once more have than any exchange takes, since
-    /// a device may send other things without an end.
-    [[nodiscard]] constexpr bool stillMove(std::uint64_t count)
+    /// Whether at least a byte a millisecond moved since the last call, which was `passed` ago:
+    /// less is a clock or the like and no answer. False for good once the largest frame had the
+    /// time to come at the pace of an old MIDI plug, since a device may send other things without
+    /// an end.
+    [[nodiscard]] constexpr bool stillMove(std::uint64_t count, std::chrono::milliseconds passed)
     {
-        constexpr std::uint64_t LongestExchange = 2 * MaxFrameLength;
-        const bool moved = count != m_last;
+        constexpr std::chrono::milliseconds LongestWait{4500};
+        const bool moved = count - m_last >= static_cast<std::uint64_t>(passed.count());
         m_last = count;
-        return moved && (count < m_first || count - m_first <= LongestExchange);
+        m_waited += passed;
+        return moved && m_waited < LongestWait;
     }
 
 private:
-    std::uint64_t m_first;
     std::uint64_t m_last;
+    std::chrono::milliseconds m_waited{0};
 };
 
 } // namespace midi

@@ -47,8 +47,8 @@ public:
     /// Rebuilds the list of port pairs and emits portListChanged() once. With two names: the one
     /// pair of ports so called, if both exist. With a null name: every input with its output.
     void scanPorts(const char *inName, const char *outName);
-    /// The same for the pair of the last scan by names, if there was one and the pair is there, and
-    /// then every input with its output. That pair may stand in the list twice.
+    /// The same for both: first the pair of the last scan by names, if it is there, then every
+    /// input with its output. To look for a box wherever it may be.
     void scanAllPorts();
     [[nodiscard]] int portCount() const;
     /// The input's name as the library reports it now, "" where there is none. Valid until the
@@ -84,7 +84,8 @@ public:
     bool sendMessage(const std::vector<uint8_t> &message);
     bool sendSysex(const uint8_t *bytes, uint32_t length);
     bool pgmChange(uint8_t channel, uint8_t program);
-    /// Changes whenever bytes move between the system and the box, where the system tells.
+    /// Counts the bytes that moved between the system and the box; 0 where the system does not
+    /// tell.
     [[nodiscard]] std::uint64_t movedBytes() const;
 
     /// The box addressed, 0 to 127: byte 4 of what is sent and of the answers that count.
@@ -107,8 +108,9 @@ public:
 
     // Transfers: each blocks until the answer is there or patience is at an end, which is when
     // nothing came for 100 ms (settings) or 500 ms (scripts). Where the system tells that bytes of
-    // the answer are still on their way, the wait goes on. They leave the connection in callback
-    // mode. A corrupt answer does not end the wait.
+    // the answer are still on their way, the wait goes on, for some seconds at most. Texts that
+    // arrive meanwhile are pushed. They leave the connection in callback mode. A corrupt answer
+    // does not end the wait.
 
     /// The 256-byte settings record, inside the transfer buffer and valid until the next transfer;
     /// null when the box did not answer. A shorter record leaves the rest as the buffer holds it.
@@ -180,6 +182,7 @@ private:
     void listPairs(bool named, bool equal);
     [[nodiscard]] std::optional<std::size_t> readBlock(midi::BlockType type);
     [[nodiscard]] std::optional<std::size_t> awaitBlock(midi::BlockType type);
+    void pushText(std::vector<uint8_t> &message);
 
     const std::shared_ptr<midi::MessageInbox> m_inbox;
     midi::MidiService m_service; ///< delivers to the inbox

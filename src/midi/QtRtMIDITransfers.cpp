@@ -69,6 +69,10 @@ QVariant QtRtMIDI::getScript()
 std::optional<std::size_t> QtRtMIDI::readBlock(midi::BlockType type)
 {
     setCallbackMode(false);
+    // What came just before the last change of the mode is no answer to what is asked now.
+    std::vector<uint8_t> message;
+    while (receiveMessage(message))
+        pushText(message);
     const bool sent = sendMessage(midi::blockReadRequest(m_sysexId, type));
     const auto length = sent ? awaitBlock(type) : std::nullopt;
     setCallbackMode(true);
@@ -83,6 +87,13 @@ void QtRtMIDI::dropScriptAnswers(int count)
     setCallbackMode(true);
 }
 
+/// What a box prints is shown, also when it is not what somebody waits for.
+void QtRtMIDI::pushText(std::vector<uint8_t> &message)
+{
+    if (midi::isTextMessage(message))
+        receiveCB(0, &message, this);
+}
+
 std::optional<std::size_t> QtRtMIDI::awaitBlock(midi::BlockType type)
 {
     std::vector<uint8_t> message;
@@ -91,7 +102,7 @@ std::optional<std::size_t> QtRtMIDI::awaitBlock(midi::BlockType type)
     for (;;) {
         if (!receiveMessage(message)) {
             if (deadline.hasExpired()) {
-                if (!bytes.stillMove(movedBytes()))
+                if (!bytes.stillMove(movedBytes(), patience(type)))
                     return std::nullopt;
                 deadline.setRemainingTime(patience(type));
             }
@@ -100,8 +111,10 @@ std::optional<std::size_t> QtRtMIDI::awaitBlock(midi::BlockType type)
         }
         // A frame beyond the buffer's size can be no block of this protocol.
         if (!midi::isDataBlock(message, m_sysexId, type) ||
-            message.size() > m_transferBuffer.size())
+            message.size() > m_transferBuffer.size()) {
+            pushText(message);
             continue;
+        }
         m_transferBuffer.fill(0);
         std::ranges::copy(message, m_transferBuffer.begin());
         if (const auto length = midi::decodeDataBlock(m_transferBuffer))

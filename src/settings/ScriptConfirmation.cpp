@@ -40,6 +40,8 @@ void ScriptConfirmation::setLink(QtRtMIDI *link)
 {
     if (m_link)
         m_link->disconnect(this);
+    // What the old link's thread sent may still wait for the event loop.
+    QCoreApplication::removePostedEvents(this, QEvent::MetaCall);
     forgetBox();
     m_link = link;
     if (!link)
@@ -67,10 +69,12 @@ void ScriptConfirmation::cancel()
 void ScriptConfirmation::dropAnswers()
 {
     cancel();
-    // What has arrived already waits for the event loop.
+    if (!m_link || m_answersDue == 0)
+        return;
+    m_link->setCallbackMode(false);
+    // What was pushed until now waits for the event loop.
     QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
-    if (m_link && m_answersDue > 0)
-        m_link->dropScriptAnswers(m_answersDue);
+    m_link->dropScriptAnswers(m_answersDue);
     m_answersDue = 0;
 }
 
@@ -84,8 +88,9 @@ void ScriptConfirmation::goOn()
 {
     if (!m_link)
         return;
-    if (m_bytes.stillMove(m_link->movedBytes()))
-        m_timer.start(m_questions == 0 ? StoringTime : AnswerTime);
+    const auto interval = m_questions == 0 ? StoringTime : AnswerTime;
+    if (m_bytes.stillMove(m_link->movedBytes(), interval))
+        m_timer.start(interval);
     else if (m_questions < MaxQuestions)
         ask();
     else
@@ -103,6 +108,7 @@ void ScriptConfirmation::ask()
 
 void ScriptConfirmation::giveUp()
 {
+    m_answersDue = 0; // lost, and not to be waited for
     // Nobody may have noticed yet that the box was unplugged.
     if (m_link->portsReady() && m_link->isOpenAmong(m_link->portNames()))
         emit scriptNotConfirmed();
@@ -110,8 +116,9 @@ void ScriptConfirmation::giveUp()
 
 void ScriptConfirmation::receive(const std::vector<uint8_t> &message)
 {
-    const bool isAnswer = m_link->isZEVScriptData(message) || m_link->isZEVSysexData(message);
-    if (!isAnswer || m_answersDue == 0)
+    if (!m_link || m_answersDue == 0)
+        return;
+    if (!m_link->isZEVScriptData(message) && !m_link->isZEVSysexData(message))
         return;
     const auto script = midi::readDataBlock(message);
     if (!script)

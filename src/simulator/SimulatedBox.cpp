@@ -58,20 +58,6 @@ Reaction reply(ByteMessage message)
     return reaction;
 }
 
-/// The payload of a block write, or nothing when the frame is damaged.
-std::optional<std::vector<std::uint8_t>> blockPayload(ByteView message)
-{
-    if (message.size() < midi::FrameOverhead || message.size() > midi::MaxFrameLength)
-        return std::nullopt;
-    std::array<std::uint8_t, midi::MaxFrameLength> buffer{};
-    std::ranges::copy(message, buffer.begin());
-    const auto length = midi::decodeDataBlock(buffer);
-    if (!length)
-        return std::nullopt;
-    const auto payload = ByteView(buffer).subspan(midi::BlockPayloadOffset, *length);
-    return std::vector<std::uint8_t>(payload.begin(), payload.end());
-}
-
 } // namespace
 
 SimulatedBox::SimulatedBox(BoxProfile profile)
@@ -162,7 +148,7 @@ Reaction SimulatedBox::read(std::uint8_t blockType) const
 
 Reaction SimulatedBox::write(ByteView message)
 {
-    const auto payload = blockPayload(message);
+    const auto payload = midi::readDataBlock(message);
     if (!payload)
         return event("refused write: damaged frame");
     const std::uint8_t type = message[midi::BlockTypeOffset];

@@ -156,8 +156,11 @@ class TestUsb : public QObject
 private slots:
     void initTestCase()
     {
-        if (!QFile::exists("/sys/devices/platform/vhci_hcd.0/attach"))
+        if (!QFile::exists("/sys/devices/platform/vhci_hcd.0/attach")) {
+            if (qEnvironmentVariableIsSet("OSTREL_USB_ROAD"))
+                QFAIL("There can be no made-up USB device, which is what this is for");
             QSKIP("There can be no made-up USB device here; see tools/usb-road");
+        }
         qputenv("OSTREL_MIDI_API", "alsa");
     }
 
@@ -356,8 +359,9 @@ private slots:
         QVERIFY(stage.box.obeys("pace", "^pace"));
         stage.box.send("resume");
         stage.box.send("plug");
-        // Whoever stalled did not go, so nothing tells that it is back; the user looks.
-        QVERIFY2(scanFor(stage, BoxName), stage.account());
+        // Who stalled was not away, so nothing tells that it is back, and the user looks for it.
+        if (fault == "stall")
+            QVERIFY2(scanFor(stage, BoxName), stage.account());
         QVERIFY2(isConnected(stage), stage.account());
         stage.select(5000);
         QVERIFY2(stage.sends(5000), stage.account());

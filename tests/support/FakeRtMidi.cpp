@@ -134,7 +134,7 @@ public:
         if (world.sendFails)
             fail();
         if (world.sendWarns) {
-            error(RtMidiError::WARNING, FakeRtMidi::ErrorText);
+            error(RtMidiError::WARNING, FakeRtMidi::WarningText);
             return;
         }
         const FakeRtMidi::Sent sent{m_openName.value_or(""), {bytes, bytes + size}};

@@ -25,13 +25,14 @@ public:
         Message bytes;
     };
 
-    /// What the constructors of the library's clients do. Those of ALSA fail with the names of
-    /// JACK.
+    /// What the constructors of the library's clients do. ALSA's also fail when
+    /// `style` is Jack.
     enum class Service { Works, AlsaFails, JackFails, FailsAlways, OutputFails };
 
     enum class JackServer { Runs, Stopped, Ended };
 
     static constexpr char ErrorText[] = "scripted MIDI error"; ///< of every error thrown here
+    static constexpr char WarningText[] = "scripted MIDI warning";
 
     static FakeRtMidi &world();
 

@@ -282,6 +282,7 @@ private slots:
         world().sendFails = false;
         world().sendWarns = true;
         QVERIFY(!request(*m_midi));
+        QCOMPARE(m_midi->getErrorMessage(), FakeRtMidi::WarningText);
         world().sendWarns = false;
         m_midi->closePort();
         QVERIFY(!request(*m_midi));
