@@ -59,7 +59,7 @@ private slots:
         const WindowFixture ui(oneScript());
         ui.pressCtrl(Qt::Key_O);
         QTRY_VERIFY(ui.itemSaying("Echo.py"));
-        QVERIFY(!ui.itemSaying("notes.txt"));
+        QTRY_VERIFY(!ui.itemSaying("notes.txt")); // the list may come before its filter does
         QVERIFY(showsThePath(ui));
         ui.takePicture("open");
         ui.click(ui.itemSaying("Echo.py"));
