@@ -1,3 +1,4 @@
+#include "settings/SettingsTransfer.h"
 #include "support/Rows.h"
 #include "ui/BoxWindow.h"
 
@@ -165,6 +166,18 @@ private slots:
         QVERIFY(logEndsWith(ui, "a <i>second</i> line\n"));
         ui.click("clearIcon");
         QCOMPARE(ui.text("messageTextArea"), "");
+    }
+
+    void saysWhenTheBoxDoesNotHoldTheScript()
+    {
+        WindowWithBox ui({}, OneScript);
+        QVERIFY(connectTo(ui, "Ostrel:0"));
+        ui.click("sendIcon");
+        QVERIFY(ui.box.obeys("faults --mute", "^faults"));
+        QVERIFY(logEndsWith(ui, "The device did not confirm the script.\n"));
+        emit SettingsTransfer::instance()->sentScriptDiffers();
+        QVERIFY(logEndsWith(ui, "The device holds a different script. Please send it again.\n"));
+        ui.takePicture("script-differs");
     }
 
     void saysThatASendFailed()
