@@ -27,6 +27,16 @@ class TestPortMatching : public QObject
     Q_OBJECT
 
 private slots:
+    void readsAlsaAddresses()
+    {
+        const auto address = midi::alsaAddress("Ostrel:Tape 1:3 20:5");
+        QVERIFY(address);
+        QCOMPARE(address->client, 20U);
+        QCOMPARE(address->port, 5U);
+        for (const char *name : {"", "Ostrel", "Ostrel:Tape", "Ostrel:Tape 20:", "Ostrel:Tape x:5"})
+            QVERIFY2(!midi::alsaAddress(name), name);
+    }
+
     void findsTheNamedPort_data()
     {
         QTest::addColumn<NameStyle>("style");
@@ -56,6 +66,12 @@ private slots:
             {"Ostrel:Ostrel MIDI 1 20:0", "Ostrel:Ostrel MIDI 4 20:3"}, 1);
         row("ALSA: alias of an output", Alsa, {"Ostrel:Ostrel MIDI 6 20:5"}, 0,
             "MIDIOUT6 (Ostrel)");
+        row("ALSA: the number decides, not the jack", Alsa,
+            {"Ostrel:Ostrel OST Internal 16:0", "Ostrel:Ostrel DIN 4 16:3"}, 1);
+        row("ALSA: jack of an output", Alsa, {"Ostrel:Ostrel OST Internal 16:5"}, 0,
+            "MIDIOUT6 (Ostrel)");
+        row("ALSA: number in the name", Alsa, {"Ostrel:Tape 1:3 16:0", "Ostrel:Tape 1:0 16:3"}, 1);
+        row("ALSA: 64 characters", Alsa, {"Ostrel:" + std::string(64, 'x') + " 16:3"}, 0);
         row("ALSA: alias, longer client", Alsa, {"Ostrel 2:Ostrel MIDI 4 20:3"}, -1);
         row("ALSA: alias, shorter client", Alsa, {"Ost:Ostrel MIDI 4 20:3"}, -1);
         row("ALSA: alias, port 0", Alsa, {"Ostrel:Ostrel MIDI 1 20:0"}, -1, "MIDIIN0 (Ostrel)");
