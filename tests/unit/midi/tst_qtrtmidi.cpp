@@ -380,6 +380,19 @@ private slots:
         verifyCallbackMode();
     }
 
+    void pushesTextsWhileItReads()
+    {
+        connectTo(0);
+        world().onSend = [](const FakeRtMidi::Sent &) {
+            world().receive(fromHex("F0 00 01 5B 05 1F 00 48 69 F7"));
+            world().receive(script("right"));
+        };
+        const QSignalSpy texts(m_midi.get(), &QtRtMIDI::textMessageReceived);
+        QCOMPARE(m_midi->getScript(), QVariant("right"));
+        QCOMPARE(texts.size(), 1);
+        QCOMPARE(texts[0][0].toString(), "Hi");
+    }
+
     void readsGlobals_data()
     {
         QTest::addColumn<ByteMessage>("payload");
