@@ -15,19 +15,44 @@ find_package_handle_standard_args(RtMidi
     VERSION_VAR RtMidi_VERSION)
 
 if(RtMidi_FOUND AND NOT TARGET RtMidi::RtMidi)
+    # A static library does not bring the system's libraries that it needs.
+    set(system_libraries)
+    if(RtMidi_LIBRARY MATCHES "\\.(a|lib)$")
+        if(WIN32)
+            set(system_libraries winmm)
+        elseif(APPLE)
+            set(system_libraries "-framework CoreMIDI" "-framework CoreAudio"
+                "-framework CoreFoundation")
+        else()
+            set(system_libraries ${PC_RtMidi_STATIC_LINK_LIBRARIES} ${PC_RtMidi_STATIC_LIBRARIES})
+            list(REMOVE_ITEM system_libraries rtmidi)
+        endif()
+    endif()
+
     add_library(RtMidi::RtMidi UNKNOWN IMPORTED)
     set_target_properties(RtMidi::RtMidi PROPERTIES
         IMPORTED_LOCATION ${RtMidi_LIBRARY}
-        INTERFACE_INCLUDE_DIRECTORIES ${RtMidi_INCLUDE_DIR})
+        INTERFACE_INCLUDE_DIRECTORIES ${RtMidi_INCLUDE_DIR}
+        INTERFACE_LINK_LIBRARIES "${system_libraries}")
 
     include(CheckCXXSourceCompiles)
-    set(CMAKE_REQUIRED_INCLUDES ${RtMidi_INCLUDE_DIR})
-    set(CMAKE_REQUIRED_LIBRARIES ${RtMidi_LIBRARY})
+    set(CMAKE_REQUIRED_LIBRARIES RtMidi::RtMidi)
+    check_cxx_source_compiles(
+        "#include <RtMidi.h>
+         int main() { RtMidiIn input; }"
+        RtMidi_WORKS)
     check_cxx_source_compiles(
         "#include <RtMidi.h>
          int main() { RtMidiIn input; input.setBufferSize(8192, 4); }"
         RtMidi_HAS_SET_BUFFER_SIZE)
-    unset(CMAKE_REQUIRED_INCLUDES)
     unset(CMAKE_REQUIRED_LIBRARIES)
+    if(NOT RtMidi_WORKS)
+        message(FATAL_ERROR "No program links with ${RtMidi_LIBRARY}: see the configure log for "
+            "the libraries that it lacks")
+    endif()
+    if(WIN32 AND NOT RtMidi_HAS_SET_BUFFER_SIZE)
+        message(FATAL_ERROR "RtMidi 5.0 or newer is needed on Windows, because an older one hands "
+            "long messages over in pieces")
+    endif()
 endif()
 mark_as_advanced(RtMidi_INCLUDE_DIR RtMidi_LIBRARY)

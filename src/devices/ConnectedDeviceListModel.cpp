@@ -1,5 +1,6 @@
 #include "devices/ConnectedDeviceListModel.h"
 
+#include "devices/IdentityScan.h"
 #include "devices/MidiDevice.h"
 #include "devices/ProductTable.h"
 #include "devices/SettingsKeys.h"
@@ -7,7 +8,6 @@
 
 #include <QLoggingCategory>
 #include <QSettings>
-#include <QThread>
 
 #include <algorithm>
 #include <limits>
@@ -17,8 +17,6 @@ namespace
 
 Q_LOGGING_CATEGORY(lcDevices, "ostrel.devices", QtInfoMsg)
 
-constexpr int ListenRounds = 20;
-constexpr unsigned long RoundMs = 10;
 constexpr int ScanEntryValue = -1;
 
 /// Whatever else stands in the settings store counts as none.
@@ -117,8 +115,12 @@ void ConnectedDeviceListModel::scan(Reach reach, Choice choice)
 {
     m_devices.clear();
     findPorts(reach);
-    for (int port = 0; m_link && port < m_link->portCount(); ++port)
-        listenOnPort(static_cast<unsigned>(port));
+    for (int port = 0; m_link && port < m_link->portCount(); ++port) {
+        const auto index = static_cast<unsigned>(port);
+        static_cast<void>(askWhoIsThere(*m_link, index, [this, index](midi::ByteView message) {
+            return handleReply(message, index);
+        }));
+    }
     m_onlyOstrel = false;
 
     m_currentIndex = NoIndex;
@@ -141,30 +143,13 @@ void ConnectedDeviceListModel::findPorts(Reach reach)
     }
 }
 
-void ConnectedDeviceListModel::listenOnPort(unsigned port)
-{
-    if (!m_link->selectPort(port))
-        return;
-    m_link->setCallbackMode(false);
-    m_link->flushInput();
-    if (m_link->sendIDReq()) {
-        std::vector<std::uint8_t> message;
-        for (int round = 0; round < ListenRounds; ++round) {
-            if (m_link->receiveMessage(message) && !handleReply(message, port))
-                break;
-            QThread::msleep(RoundMs);
-        }
-    }
-    m_link->setCallbackMode(true);
-}
-
-bool ConnectedDeviceListModel::handleReply(const std::vector<std::uint8_t> &message, unsigned port)
+bool ConnectedDeviceListModel::handleReply(midi::ByteView message, unsigned port)
 {
     if (midi::isIdentityReply(message)) {
         const midi::Identity identity = midi::readIdentity(message);
         if (!isAcceptableProductID(identity.productId))
             return false;
-        if (identity.productId < 128 && identity.sysexId < 128)
+        if (identity.productId < 128 && identity.sysexId <= midi::MaxSysexId)
             addDevice(identity, port);
     } else if (midi::isNameReply(message)) {
         nameDevices(message);
@@ -276,7 +261,7 @@ void ConnectedDeviceListModel::addProductIDToList(int productID)
 
 bool ConnectedDeviceListModel::isAcceptableProductID(int productID) const
 {
-    if (m_onlyOstrel && productID != OstrelProductId)
+    if (m_onlyOstrel && productID != midi::OstrelProductId)
         return false;
     return m_acceptableProducts.isEmpty() || m_acceptableProducts.contains(productID);
 }

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "devices/ProductTable.h"
-#include "midi/DeviceReference.h"
-#include "midi/SysexFrame.h"
+#include "midi/protocol/Box.h"
+#include "midi/protocol/Messages.h"
 
 #include <QAbstractListModel>
 #include <QPointer>
@@ -36,7 +36,7 @@ class ConnectedDeviceListModel : public QAbstractListModel
 
 public:
     /// Products that documents name.
-    enum Product { Ostrel = OstrelProductId };
+    enum Product { Ostrel = midi::OstrelProductId };
     Q_ENUM(Product)
     enum Role { DisplayRole = Qt::DisplayRole, ValueRole = Qt::UserRole };
 
@@ -109,9 +109,8 @@ private:
 
     void scan(Reach reach, Choice choice);
     void findPorts(Reach reach);
-    void listenOnPort(unsigned port);
     /// False when the message says that this port is not to be listened to any longer.
-    [[nodiscard]] bool handleReply(const std::vector<std::uint8_t> &message, unsigned port);
+    [[nodiscard]] bool handleReply(midi::ByteView message, unsigned port);
     void addDevice(const midi::Identity &identity, unsigned port);
     void nameDevices(midi::ByteView nameReply);
     [[nodiscard]] int chooseDevice(Choice choice);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "midi/PortMatching.h"
+#include "midi/backend/PortNames.h"
 
 #include <QObject>
 #include <QPointer>

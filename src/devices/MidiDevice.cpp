@@ -1,9 +1,8 @@
 #include "devices/MidiDevice.h"
 
-#include "midi/DeviceReference.h"
+#include "devices/IdentityScan.h"
+#include "midi/protocol/Box.h"
 #include "midi/QtRtMIDI.h"
-
-#include <QThread>
 
 #include <algorithm>
 #include <string_view>
@@ -12,12 +11,10 @@ namespace
 {
 
 constexpr std::size_t MenuNameLength = 27; ///< of the display name within the menu name
-constexpr int VersionPolls = 20;
-constexpr unsigned long PollIntervalMs = 10;
 
 bool isSevenBit(std::uint8_t id)
 {
-    return id < 128;
+    return id <= midi::MaxSysexId;
 }
 
 /// Copies up to `length` bytes of `text` and ends them with a zero.
@@ -96,35 +93,28 @@ bool MidiDevice::updateVersion()
     m_link->scanAllPorts();
     for (int port = 0; port < m_link->portCount(); ++port) {
         const auto index = static_cast<unsigned>(port);
-        if (!m_link->selectPort(index))
-            continue;
-        m_link->setCallbackMode(false);
-        m_link->flushInput();
-        const bool found = m_link->sendIDReq() && answersOnSelectedPort();
-        m_link->setCallbackMode(true);
-        if (found) {
+        if (answersOn(index)) {
             m_deviceIndex = index;
             m_pairName = m_link->pairName(index);
             return true;
         }
     }
-    // Who did not answer is no box, and must not be taken for one.
+    // Nothing answered. Close the port, so that nothing is sent to a device that is not our box.
     m_link->closePort();
     return false;
 }
 
-bool MidiDevice::answersOnSelectedPort()
+bool MidiDevice::answersOn(unsigned port)
 {
-    std::vector<std::uint8_t> message;
-    for (int poll = 0; poll < VersionPolls; ++poll) {
-        if (m_link->receiveMessage(message) && midi::isIdentityReply(message)) {
-            const midi::Identity identity = midi::readIdentity(message);
-            if (identity.productId == m_productId && identity.sysexId == m_sysexId) {
-                m_version = identity.version;
-                return true;
-            }
-        }
-        QThread::msleep(PollIntervalMs);
-    }
-    return false;
+    bool answered = false;
+    const bool asked = askWhoIsThere(*m_link, port, [&](midi::ByteView message) {
+        if (!midi::isIdentityReply(message))
+            return true;
+        const midi::Identity identity = midi::readIdentity(message);
+        answered = identity.productId == m_productId && identity.sysexId == m_sysexId;
+        if (answered)
+            m_version = identity.version;
+        return !answered;
+    });
+    return asked && answered;
 }

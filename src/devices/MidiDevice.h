@@ -1,6 +1,6 @@
 #pragma once
 
-#include "midi/SysexFrame.h"
+#include "midi/protocol/Messages.h"
 
 #include <QObject>
 #include <QPointer>
@@ -62,7 +62,7 @@ public:
     [[nodiscard]] bool updateVersion();
 
 private:
-    [[nodiscard]] bool answersOnSelectedPort();
+    [[nodiscard]] bool answersOn(unsigned port);
 
     QPointer<QtRtMIDI> m_link;
     std::uint8_t m_productId;

@@ -3,9 +3,6 @@
 #include <array>
 #include <cstdint>
 
-/// The product whose scripts and firmware this editor handles.
-inline constexpr std::uint8_t OstrelProductId = 26;
-
 inline constexpr const char *UnknownProductName = "???";
 
 /// Product names by product ID; IDs without a product hold the unknown name.

@@ -2,7 +2,7 @@
 
 #include "firmware/ImageCipher.h"
 #include "firmware/ImagePath.h"
-#include "midi/UpdateMessages.h"
+#include "midi/protocol/UpdateMessages.h"
 
 #include <QLoggingCategory>
 
@@ -210,10 +210,11 @@ void FirmwareUpdate::midiMessageIn(std::vector<uint8_t> msg)
     if (m_state != State::Updating || !m_midi || !m_midi->isZEVUpdateResponse(msg))
         return;
     m_timer.stop();
-    if (msg[midi::UpdateStatusOffset] == midi::UpdateAccepted)
+    const midi::UpdateResponse response = midi::readUpdateResponse(msg).value();
+    if (response.status == midi::UpdateAccepted)
         blockAccepted();
     else
-        positionRequested(midi::read28Bit(msg, midi::UpdateResponsePositionOffset));
+        positionRequested(response.position);
 }
 
 void FirmwareUpdate::blockAccepted()

@@ -4,7 +4,7 @@
 #include "devices/ProductTable.h"
 #include "firmware/FirmwareImage.h"
 #include "firmware/TransferEstimate.h"
-#include "midi/DeviceReference.h"
+#include "midi/protocol/Box.h"
 #include "midi/QtRtMIDI.h"
 
 #include <QElapsedTimer>
@@ -45,7 +45,7 @@ public:
 
     /// The images that this editor carries, one per product.
     static constexpr std::array<DeviceFWInfo, 1> s_deviceFWInfo{
-        {{OstrelProductId, {1, 1, 1}, "qrc:/firmware/OstrelFW.zvf"}}};
+        {{midi::OstrelProductId, {1, 1, 1}, "qrc:/firmware/OstrelFW.zvf"}}};
     static constexpr const auto &DEVICE_ID_NAME = ProductNames;
     static constexpr const char *UNKNOWN_DEV_NAME = UnknownProductName;
 

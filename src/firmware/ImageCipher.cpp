@@ -1,7 +1,7 @@
 #include "firmware/ImageCipher.h"
 
 #include "firmware/Btea.h"
-#include "midi/Crc32.h"
+#include "midi/protocol/Crc32.h"
 
 #include <algorithm>
 #include <array>

@@ -1,20 +1,7 @@
 #include "midi/MessageInbox.h"
 
-#include <utility>
-
 namespace midi
 {
-namespace
-{
-
-constexpr std::size_t MaxWaiting = 100;
-
-} // namespace
-
-MessageInbox::MessageInbox(Callback push, void *userData)
-    : m_push(push)
-    , m_userData(userData)
-{}
 
 void MessageInbox::setPushing(bool enabled)
 {
@@ -33,21 +20,20 @@ bool MessageInbox::take(ByteMessage &message)
     return true;
 }
 
-void MessageInbox::receive(double timeStamp, ByteMessage *message, void *inbox)
+void MessageInbox::receive(const ByteMessage &message)
 {
-    auto *self = static_cast<MessageInbox *>(inbox);
-    if (message && !message->empty() && !self->keep(*message))
-        self->m_push(timeStamp, message, self->m_userData);
-}
-
-bool MessageInbox::keep(const ByteMessage &message)
-{
-    const std::scoped_lock lock(m_mutex);
-    if (m_pushing)
-        return false;
-    if (m_waiting.size() < MaxWaiting)
-        m_waiting.push_back(message);
-    return true;
+    constexpr std::size_t MaxWaiting = 100;
+    if (message.empty())
+        return;
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (!m_pushing) {
+            if (m_waiting.size() < MaxWaiting)
+                m_waiting.push_back(message);
+            return;
+        }
+    }
+    m_push(message);
 }
 
 } // namespace midi

@@ -1,6 +1,6 @@
 #include "settings/CppInterface.h"
 
-#include "midi/DeviceReference.h"
+#include "midi/protocol/Box.h"
 #include "settings/SettingsTransfer.h"
 
 #include <algorithm>
@@ -74,7 +74,7 @@ int CppInterface::operatingMode() const
 
 void CppInterface::setOperatingMode(int operatingMode)
 {
-    if (operatingMode >= 0 && operatingMode < SettingsT::ModeCount)
+    if (operatingMode >= 0 && operatingMode < midi::OperatingModeCount)
         m_globals.operatingMode = static_cast<std::uint8_t>(operatingMode);
 }
 
@@ -95,7 +95,7 @@ int CppInterface::sysexId() const
 
 void CppInterface::setSysexId(int newSysexId)
 {
-    if (newSysexId >= 0 && newSysexId < SettingsT::SysexIdCount)
+    if (newSysexId >= 0 && newSysexId <= midi::MaxSysexId)
         m_globals.sysexId = static_cast<std::uint8_t>(newSysexId);
 }
 

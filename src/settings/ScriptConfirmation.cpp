@@ -1,5 +1,6 @@
 #include "settings/ScriptConfirmation.h"
 
+#include "midi/protocol/DataBlock.h"
 #include "midi/QtRtMIDI.h"
 
 #include <QCoreApplication>

@@ -1,10 +1,8 @@
 #include "simulator/BoxBootloader.h"
 
-#include "simulator/UpdateBlock.h"
-
 #include "firmware/ImageCipher.h"
-#include "midi/SysexFrame.h"
-#include "midi/UpdateMessages.h"
+#include "midi/protocol/Messages.h"
+#include "midi/protocol/UpdateMessages.h"
 
 namespace simulator
 {
@@ -12,8 +10,6 @@ namespace
 {
 
 constexpr std::uint8_t AskForPosition = 0x00;
-constexpr std::size_t DoneParam1Offset = 11;
-constexpr std::size_t DoneLength = 14;
 
 /// True once, when `block` is the one that `faultyBlock` names.
 bool strikes(std::uint32_t &faultyBlock, std::uint32_t block)
@@ -34,10 +30,11 @@ void BoxBootloader::restart()
 
 BoxBootloader::Outcome BoxBootloader::receive(midi::ByteView message)
 {
-    if (message.size() <= midi::UpdateSubCommandOffset)
-        return {};
     m_sysexId = message[midi::SysexIdOffset];
-    switch (midi::UpdateCommand{message[midi::UpdateSubCommandOffset]}) {
+    const auto command = midi::updateCommand(message, m_sysexId);
+    if (!command)
+        return {};
+    switch (*command) {
     case midi::UpdateCommand::Data:
         return takeBlock(message);
     case midi::UpdateCommand::Done:
@@ -56,11 +53,11 @@ BoxBootloader::Outcome BoxBootloader::takeBlock(midi::ByteView message)
 {
     if (m_silent)
         return {};
-    const auto read = readUpdateBlock(message);
+    const auto read = midi::readUpdateData(message);
     if (const auto *reason = std::get_if<std::string>(&read))
         return ask(position(), *reason);
 
-    const auto &block = std::get<UpdateBlock>(read);
+    const auto &block = std::get<midi::UpdateBlock>(read);
     // A client that begins again need not have said that it gave up.
     if (block.position == 0)
         m_stored.clear();
@@ -70,8 +67,10 @@ BoxBootloader::Outcome BoxBootloader::takeBlock(midi::ByteView message)
         return *failure;
 
     midi::append(m_stored, block.bytes);
-    return {
-        midi::updateResponse(m_sysexId, midi::UpdateAccepted, position()), {}, false, std::nullopt};
+    return {midi::updateResponse(m_sysexId, {midi::UpdateAccepted, position()}),
+            {},
+            false,
+            std::nullopt};
 }
 
 std::optional<BoxBootloader::Outcome> BoxBootloader::fail(std::uint32_t block)
@@ -96,18 +95,18 @@ std::optional<BoxBootloader::Outcome> BoxBootloader::fail(std::uint32_t block)
 
 BoxBootloader::Outcome BoxBootloader::finish(midi::ByteView message)
 {
-    if (message.size() != DoneLength)
+    const auto done = midi::readUpdateDone(message);
+    if (!done)
         return {{}, "firmware refused: malformed done message", false, std::nullopt};
-    const std::uint32_t length = midi::read28Bit(message, midi::UpdatePositionOffset);
-    if (m_stored.empty() || length != m_stored.size())
+    if (m_stored.empty() || done->length != m_stored.size())
         return {{},
                 "firmware refused: received " + std::to_string(m_stored.size()) + " of " +
-                    std::to_string(length) + " bytes",
+                    std::to_string(done->length) + " bytes",
                 false,
                 std::nullopt};
     Outcome outcome;
-    outcome.event = "firmware done param1=" + std::to_string(message[DoneParam1Offset]) +
-                    " param2=" + std::to_string(message[DoneParam1Offset + 1]);
+    outcome.event = "firmware done param1=" + std::to_string(done->param1) +
+                    " param2=" + std::to_string(done->param2);
     outcome.firmware = firmware::decipherPayload(m_stored);
     restart();
     return outcome;
@@ -115,7 +114,7 @@ BoxBootloader::Outcome BoxBootloader::finish(midi::ByteView message)
 
 BoxBootloader::Outcome BoxBootloader::ask(std::uint32_t position, const std::string &reason) const
 {
-    return {midi::updateResponse(m_sysexId, AskForPosition, position),
+    return {midi::updateResponse(m_sysexId, {AskForPosition, position}),
             "firmware asks position=" + std::to_string(position) + " reason=" + reason, false,
             std::nullopt};
 }

@@ -2,7 +2,7 @@
 
 #include "simulator/BoxFaults.h"
 
-#include "midi/ByteMessage.h"
+#include "midi/protocol/Bytes.h"
 
 #include <optional>
 #include <string>

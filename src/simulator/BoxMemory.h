@@ -1,6 +1,7 @@
 #pragma once
 
-#include "midi/ByteMessage.h"
+#include "midi/protocol/Box.h"
+#include "midi/protocol/Bytes.h"
 
 #include <array>
 #include <cstddef>
@@ -10,7 +11,7 @@
 namespace simulator
 {
 
-enum class OperatingMode : std::uint8_t { MergeThru = 0, UsbMidi = 1, PythonScript = 2 };
+using midi::OperatingMode;
 
 /// What a box keeps through a restart: its settings record, and its script as bytes.
 /// The parts of the record that the protocol leaves open start with recognisable bytes and are
@@ -18,13 +19,6 @@ enum class OperatingMode : std::uint8_t { MergeThru = 0, UsbMidi = 1, PythonScri
 class BoxMemory
 {
 public:
-    static constexpr std::size_t RecordLength = 256;
-    static constexpr std::size_t ModeOffset = 16;
-    static constexpr std::size_t SysexIdOffset = 17;
-    static constexpr std::size_t NameOffset = 224;
-    static constexpr std::size_t MaxNameLength = 31; ///< the field's last byte is always 0
-    static constexpr std::uint8_t MaxSysexId = 127;
-
     BoxMemory(std::string_view name, std::uint8_t sysexId, OperatingMode mode);
 
     [[nodiscard]] midi::ByteView record() const { return m_record; }
@@ -32,8 +26,11 @@ public:
     /// of more than seven bits.
     [[nodiscard]] bool setRecord(midi::ByteView record);
 
-    [[nodiscard]] std::uint8_t sysexId() const { return m_record[SysexIdOffset]; }
-    [[nodiscard]] OperatingMode mode() const { return OperatingMode{m_record[ModeOffset]}; }
+    [[nodiscard]] std::uint8_t sysexId() const { return m_record[midi::RecordSysexIdOffset]; }
+    [[nodiscard]] OperatingMode mode() const
+    {
+        return OperatingMode{m_record[midi::RecordModeOffset]};
+    }
     /// The display name up to its first zero byte.
     [[nodiscard]] std::string name() const;
 
@@ -41,7 +38,7 @@ public:
     void setScript(midi::ByteView script) { m_script.assign(script.begin(), script.end()); }
 
 private:
-    std::array<std::uint8_t, RecordLength> m_record{};
+    std::array<std::uint8_t, midi::RecordLength> m_record{};
     std::vector<std::uint8_t> m_script;
 };
 

@@ -1,6 +1,6 @@
 #include "simulator/BoxOptions.h"
 
-#include "midi/DataBlockFrame.h"
+#include "midi/protocol/DataBlock.h"
 
 #include <QCommandLineParser>
 #include <QFile>
@@ -68,7 +68,7 @@ bool readFile(const QString &path, std::vector<std::uint8_t> &bytes)
 bool readName(const QString &value, std::string &name)
 {
     name = value.toStdString();
-    return name.size() <= BoxMemory::MaxNameLength;
+    return name.size() <= midi::MaxNameLength;
 }
 
 bool readScript(const QString &path, std::vector<std::uint8_t> &script)
@@ -244,7 +244,7 @@ std::variant<BoxOptions, UsageError> parseOptions(const QStringList &arguments)
 {
     auto result = Parser(false).parse(arguments);
     const auto *options = std::get_if<BoxOptions>(&result);
-    if (options && options->profile.sysexId + options->boxes - 1 > BoxMemory::MaxSysexId)
+    if (options && options->profile.sysexId + options->boxes - 1 > midi::MaxSysexId)
         return UsageError{"More boxes than sysex IDs are left."};
     if (options && !options->usb && (options->jackNames || options->bytesPerMs))
         return UsageError{"Options 'jack-names' and 'pace' need option 'usb'."};

@@ -1,7 +1,7 @@
 #include "simulator/MessageText.h"
 
-#include "midi/SysexFrame.h"
-#include "midi/UpdateMessages.h"
+#include "midi/protocol/Messages.h"
+#include "midi/protocol/UpdateMessages.h"
 
 #include <QByteArrayView>
 #include <QCryptographicHash>
@@ -32,28 +32,26 @@ std::string describeOther(ByteView message)
 
 std::string describeUpdate(ByteView message)
 {
-    const std::size_t size = message.size();
-    switch (UpdateCommand{message[midi::UpdateSubCommandOffset]}) {
+    switch (*midi::updateCommand(message, message[midi::SysexIdOffset])) {
     case UpdateCommand::Request:
         return "update-request";
     case UpdateCommand::Cancel:
         return "update-cancel";
     case UpdateCommand::Data:
-        if (size <= midi::UpdateDataOffset)
-            break;
-        return "update-data" +
-               number("position", midi::read28Bit(message, midi::UpdatePositionOffset)) +
-               number("length", midi::read28Bit(message, midi::UpdateLengthOffset));
+        if (const auto data = midi::readUpdateData(message);
+            const auto *block = std::get_if<midi::UpdateBlock>(&data))
+            return "update-data" + number("position", block->position) +
+                   number("length", block->bytes.size());
+        break;
     case UpdateCommand::Done:
-        if (size <= midi::UpdateLengthOffset)
-            break;
-        return "update-done" +
-               number("length", midi::read28Bit(message, midi::UpdatePositionOffset));
+        if (const auto done = midi::readUpdateDone(message))
+            return "update-done" + number("length", done->length);
+        break;
     case UpdateCommand::Response:
-        if (size != midi::UpdateResponseLength)
-            break;
-        return "update-response" + number("status", message[midi::UpdateStatusOffset]) +
-               number("position", midi::read28Bit(message, midi::UpdateResponsePositionOffset));
+        if (const auto response = midi::readUpdateResponse(message))
+            return "update-response" + number("status", response->status) +
+                   number("position", response->position);
+        break;
     }
     return describeOther(message);
 }

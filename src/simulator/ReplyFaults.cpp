@@ -1,6 +1,6 @@
 #include "simulator/ReplyFaults.h"
 
-#include "midi/DataBlockFrame.h"
+#include "midi/protocol/DataBlock.h"
 
 #include <cstddef>
 

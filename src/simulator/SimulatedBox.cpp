@@ -4,8 +4,8 @@
 #include "simulator/ReplyFaults.h"
 #include "simulator/ScriptOutput.h"
 
-#include "midi/DataBlockFrame.h"
-#include "midi/UpdateMessages.h"
+#include "midi/protocol/DataBlock.h"
+#include "midi/protocol/UpdateMessages.h"
 
 #include <algorithm>
 
@@ -20,8 +20,6 @@ using midi::Command;
 
 /// How long a box hears nothing after its operating mode was changed.
 constexpr std::chrono::milliseconds ModeChangeTime{200};
-constexpr std::size_t ReadRequestLength = 10;
-constexpr std::size_t NameRequestLength = 8;
 
 /// `text` as a sysex can carry it.
 std::vector<std::uint8_t> wireText(std::string_view text)
@@ -33,15 +31,6 @@ std::vector<std::uint8_t> wireText(std::string_view text)
         bytes.push_back(byte < 0x80 ? byte : std::uint8_t{'?'});
     }
     return bytes;
-}
-
-ByteMessage acknowledgement(std::uint8_t sysexId)
-{
-    ByteMessage message;
-    midi::append(message, midi::SysexPrefix);
-    midi::append(message, std::array<std::uint8_t, 7>{sysexId, toByte(Command::Acknowledgement), 0,
-                                                      0, 0, 0, midi::SysexEnd});
-    return message;
 }
 
 Reaction event(std::string line)
@@ -108,13 +97,13 @@ Reaction SimulatedBox::handle(ByteView message)
 Reaction SimulatedBox::handleAddressed(ByteView message)
 {
     const Command command{message[midi::CommandOffset]};
-    if (command == Command::NameRequest && message.size() == NameRequestLength)
+    if (command == Command::NameRequest && message.size() == midi::NameRequestLength)
         return reply(midi::nameReply(sysexId(), wireText(m_memory.name())));
     if (command == Command::FirmwareUpdate)
         return update(message);
     if (m_inBootloader)
         return {};
-    if (command == Command::BlockReadRequest && message.size() == ReadRequestLength)
+    if (command == Command::BlockReadRequest && message.size() == midi::ReadRequestLength)
         return read(message[midi::BlockTypeOffset]);
     if (command == Command::BlockWrite || command == Command::BlockWriteFlagged)
         return write(message);
@@ -138,12 +127,10 @@ Reaction SimulatedBox::read(std::uint8_t blockType) const
     else
         return event("refused read type=" + std::to_string(blockType));
 
-    std::array<std::uint8_t, midi::MaxFrameLength> buffer{};
-    const auto length =
-        midi::buildDataBlock(buffer, Command::DataBlock, sysexId(), blockType, payload);
-    if (!length)
+    const auto frame = midi::dataBlock(Command::DataBlock, sysexId(), blockType, payload);
+    if (!frame)
         return event("refused read: " + std::to_string(payload.size()) + " bytes in no frame");
-    return reply({buffer.begin(), buffer.begin() + *length});
+    return reply(*frame);
 }
 
 Reaction SimulatedBox::write(ByteView message)
@@ -166,7 +153,7 @@ Reaction SimulatedBox::writeSettings(ByteView record)
     if (!m_memory.setRecord(record))
         return event("refused settings");
     Reaction reaction = event(settingsLine());
-    reaction.replies.push_back(acknowledgement(addressedId));
+    reaction.replies.push_back(midi::acknowledgement(addressedId));
     if (m_memory.mode() != previous) {
         reaction.events.emplace_back("restarting");
         reaction.absence = Absence{ModeChangeTime, false};
@@ -178,7 +165,7 @@ Reaction SimulatedBox::writeScript(ByteView script)
 {
     m_memory.setScript(script);
     Reaction reaction = event(scriptLine());
-    reaction.replies.push_back(acknowledgement(sysexId()));
+    reaction.replies.push_back(midi::acknowledgement(sysexId()));
     reaction.replies.push_back(
         text("Script received: " + std::to_string(script.size()) + " bytes\n"));
     reaction.replies.push_back(text("Running...\n"));

@@ -4,7 +4,7 @@
 #include "simulator/BoxFaults.h"
 #include "simulator/BoxMemory.h"
 
-#include "midi/SysexFrame.h"
+#include "midi/protocol/Messages.h"
 
 #include <chrono>
 #include <optional>
@@ -17,9 +17,8 @@ namespace simulator
 /// A box as it leaves the factory, or as a test wants it.
 struct BoxProfile
 {
-    static constexpr std::uint8_t OstrelProductId = 26;
 
-    std::uint8_t productId = OstrelProductId;
+    std::uint8_t productId = midi::OstrelProductId;
     std::uint8_t sysexId = 0;
     std::string name = "Ostrel";
     OperatingMode mode = OperatingMode::PythonScript;

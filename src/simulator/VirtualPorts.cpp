@@ -2,11 +2,9 @@
 
 #include "simulator/PacedOutput.h"
 
-#include "midi/MidiClients.h"
+#include "midi/backend/Backend.h"
 
 #include <QThread>
-
-#include <RtMidi.h>
 
 #include <algorithm>
 #include <limits>
@@ -62,22 +60,25 @@ constexpr unsigned long OpenPauseMs = 200;
 
 } // namespace
 
-/// One pair of registered ports. Throws what the MIDI library throws when it cannot register them.
+/// One pair of registered ports.
 class VirtualPorts::OpenPair
 {
 public:
-    OpenPair(VirtualPorts &owner, std::size_t index)
-        : m_owner(owner)
-        , m_index(index)
-        , m_clients(midi::createMidiClients({"Ostrel Box In", "Ostrel Box Out", {}}))
-        , m_delivery(deliveryTo(m_clients.nameStyle))
-        , m_output(m_delivery.pace, [this](midi::ByteView bytes) { sendNow(bytes); })
+    /// Null, with the reason, when the ports cannot be registered.
+    static std::unique_ptr<OpenPair> make(VirtualPorts &owner, std::size_t index,
+                                          std::string &error)
     {
-        if (!m_clients.input || !m_clients.output)
-            throw RtMidiError(m_clients.error);
-        m_clients.input->setCallback(&OpenPair::onMessage, this);
-        m_clients.output->openVirtualPort(Pairs[index].toComputer);
-        m_clients.input->openVirtualPort(Pairs[index].toBox);
+        // Called on the MIDI library's thread, as the signal says.
+        const auto receive = [&owner, index](const midi::ByteMessage &message) {
+            emit owner.received(index, message);
+        };
+        auto backend =
+            midi::Backend::make({"Ostrel Box In", "Ostrel Box Out", "Ostrel Box"}, receive, error);
+        if (backend)
+            error = backend->openVirtual(Pairs[index].toBox, Pairs[index].toComputer);
+        if (!error.empty())
+            return nullptr;
+        return std::unique_ptr<OpenPair>(new OpenPair(owner, std::move(backend)));
     }
 
     void send(const midi::ByteMessage &message)
@@ -90,30 +91,22 @@ public:
     }
 
 private:
-    /// On the MIDI library's thread, as the signal says.
-    static void onMessage(double /*timeStamp*/, std::vector<unsigned char> *message, void *user)
-    {
-        const auto *pair = static_cast<OpenPair *>(user);
-        emit pair->m_owner.received(pair->m_index, *message);
-    }
+    OpenPair(VirtualPorts &owner, std::unique_ptr<midi::Backend> backend)
+        : m_owner(owner)
+        , m_backend(std::move(backend))
+        , m_delivery(deliveryTo(m_backend->nameStyle()))
+        , m_output(m_delivery.pace, [this](midi::ByteView bytes) { sendNow(bytes); })
+    {}
 
-    /// With ALSA a message that was lost is only a warning to the library, which no exception
-    /// tells.
     void sendNow(midi::ByteView bytes)
     {
-        m_clients.output->setErrorCallback(&OpenPair::onError, this);
-        m_clients.output->sendMessage(bytes.data(), bytes.size());
-        m_clients.output->setErrorCallback(nullptr, nullptr);
-    }
-
-    static void onError(RtMidiError::Type /*type*/, const std::string &text, void *user)
-    {
-        emit static_cast<OpenPair *>(user)->m_owner.failed(QString::fromStdString(text));
+        const midi::ErrorText error = m_backend->send(bytes);
+        if (!error.empty())
+            emit m_owner.failed(QString::fromStdString(error));
     }
 
     VirtualPorts &m_owner;
-    std::size_t m_index;
-    midi::MidiClients m_clients;
+    std::unique_ptr<midi::Backend> m_backend;
     Delivery m_delivery;
     PacedOutput m_output;
 };
@@ -139,15 +132,16 @@ void VirtualPorts::open()
 bool VirtualPorts::tryToOpen()
 {
     close();
-    try {
-        for (std::size_t i = 0; i < m_pairs.size(); ++i)
-            m_pairs[i] = std::make_unique<OpenPair>(*this, i);
-        return true;
-    } catch (const RtMidiError &error) {
-        m_error = QString::fromStdString(error.getMessage());
-        close();
-        return false;
+    for (std::size_t i = 0; i < m_pairs.size(); ++i) {
+        std::string error;
+        m_pairs[i] = OpenPair::make(*this, i, error);
+        if (!m_pairs[i]) {
+            m_error = QString::fromStdString(error);
+            close();
+            return false;
+        }
     }
+    return true;
 }
 
 void VirtualPorts::close()

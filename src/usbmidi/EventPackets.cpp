@@ -1,6 +1,6 @@
 #include "usbmidi/EventPackets.h"
 
-#include "midi/SysexFrame.h"
+#include "midi/protocol/Messages.h"
 
 #include <algorithm>
 

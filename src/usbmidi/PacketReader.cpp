@@ -1,6 +1,6 @@
 #include "usbmidi/PacketReader.h"
 
-#include "midi/SysexFrame.h"
+#include "midi/protocol/Messages.h"
 
 #include <utility>
 

@@ -1,42 +1,36 @@
 #include "bench/BareExchange.h"
 
-#include "midi/PortMatching.h"
-
-#include <RtMidi.h>
-
-#include <string>
+#include <stdexcept>
 
 namespace
 {
 
-void openPort(RtMidi &client, midi::NameStyle style, const char *name)
+void require(const midi::ErrorText &error)
 {
-    std::vector<std::string> names(client.getPortCount());
-    for (unsigned i = 0; i < names.size(); ++i)
-        names[i] = client.getPortName(i);
-    const auto port = midi::findPort(style, names, name);
-    if (!port)
-        throw RtMidiError("no port " + std::string(name), RtMidiError::NO_DEVICES_FOUND);
-    client.openPort(*port);
+    if (!error.empty())
+        throw std::runtime_error(error);
 }
 
 } // namespace
 
 BareExchange::BareExchange(const char *inputPort, const char *outputPort)
-    : m_clients(midi::createMidiClients())
 {
-    if (!m_clients.input || !m_clients.output)
-        throw RtMidiError(m_clients.error, RtMidiError::DRIVER_ERROR);
-    m_clients.input->setCallback(&BareExchange::onMessage, this);
-    openPort(*m_clients.input, m_clients.nameStyle, inputPort);
-    openPort(*m_clients.output, m_clients.nameStyle, outputPort);
+    midi::ErrorText error;
+    m_backend = midi::Backend::make({}, [this](const midi::ByteMessage &) { arrived(); }, error);
+    if (!m_backend)
+        throw std::runtime_error(error);
+    midi::PortLists ports;
+    require(m_backend->listPorts(ports));
+    const midi::Port *input = midi::findPort(ports.inputs, inputPort);
+    const midi::Port *output = midi::findPort(ports.outputs, outputPort);
+    if (!input || !output)
+        throw std::runtime_error("no such ports");
+    require(m_backend->open(*input, *output));
 }
-
-BareExchange::~BareExchange() = default;
 
 void BareExchange::send(const midi::ByteMessage &message)
 {
-    m_clients.output->sendMessage(&message);
+    require(m_backend->send(message));
 }
 
 bool BareExchange::exchange(const midi::ByteMessage &message, std::chrono::milliseconds timeout)
@@ -58,13 +52,11 @@ bool BareExchange::awaitAnswer(std::chrono::milliseconds timeout)
     return m_arrived.wait_for(lock, timeout, [this] { return m_answered; });
 }
 
-void BareExchange::onMessage(double /*timeStamp*/, std::vector<unsigned char> * /*message*/,
-                             void *user)
+void BareExchange::arrived()
 {
-    auto *self = static_cast<BareExchange *>(user);
     {
-        const std::lock_guard lock(self->m_mutex);
-        self->m_answered = true;
+        const std::lock_guard lock(m_mutex);
+        m_answered = true;
     }
-    self->m_arrived.notify_one();
+    m_arrived.notify_one();
 }

@@ -1,20 +1,18 @@
 #pragma once
 
-#include "midi/ByteMessage.h"
-#include "midi/MidiClients.h"
+#include "midi/backend/Backend.h"
 
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
 
-/// A client on the MIDI library alone, without events or signals: sends a message and sleeps until
+/// A client on the back end alone, without events or signals: sends a message and sleeps until
 /// the answer is there. The floor for everything that waits for answers.
 class BareExchange
 {
 public:
-    /// Opens the ports of that name. Throws what the MIDI library throws.
+    /// Opens the ports of that name. Throws when it cannot.
     BareExchange(const char *inputPort, const char *outputPort);
-    ~BareExchange();
     BareExchange(const BareExchange &) = delete;
     BareExchange &operator=(const BareExchange &) = delete;
 
@@ -29,10 +27,10 @@ public:
 
 private:
     /// On the MIDI library's thread.
-    static void onMessage(double timeStamp, std::vector<unsigned char> *message, void *user);
+    void arrived();
 
-    midi::MidiClients m_clients;
     std::mutex m_mutex;
     std::condition_variable m_arrived;
     bool m_answered = false;
+    std::unique_ptr<midi::Backend> m_backend; ///< goes first, and its thread with it
 };

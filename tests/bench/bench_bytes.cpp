@@ -1,9 +1,8 @@
 // The encodings and checksums of one frame of 8 KB, against a copy of as many bytes.
 
-#include "midi/BlockEncoding.h"
-#include "midi/Crc32.h"
-#include "midi/DataBlockFrame.h"
-#include "midi/MCoded7.h"
+#include "midi/protocol/SevenBit.h"
+#include "midi/protocol/Crc32.h"
+#include "midi/protocol/DataBlock.h"
 
 #include <benchmark/benchmark.h>
 
@@ -79,7 +78,7 @@ void decodeBlock(benchmark::State &state)
 {
     const Frame frame = someBytes<sizeof(Frame)>();
     Frame payload{};
-    measure(state, [&] { benchmark::DoNotOptimize(midi::decodeBlock(frame, payload)); });
+    measure(state, [&] { benchmark::DoNotOptimize(midi::decodeBlock(frame, frame.size(), payload)); });
 }
 BENCHMARK(decodeBlock)->Name("block-decode");
 

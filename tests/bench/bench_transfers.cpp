@@ -5,8 +5,8 @@
 #include "bench/Bench.h"
 #include "devices/MidiDevice.h"
 #include "firmware/FirmwareUpdate.h"
-#include "midi/DataBlockFrame.h"
-#include "midi/UpdateMessages.h"
+#include "midi/protocol/DataBlock.h"
+#include "midi/protocol/UpdateMessages.h"
 #include "support/BoxLink.h"
 #include "support/BoxProcess.h"
 #include "ui/BoxWindow.h"
@@ -107,14 +107,12 @@ void measureSend()
     };
 
     const QByteArray script = scriptOf(Length);
-    std::array<std::uint8_t, midi::MaxFrameLength> frame{};
-    const auto frameLength = midi::buildDataBlock(
-        frame, midi::Command::BlockWrite, SysexId, midi::toByte(midi::BlockType::Script),
+    const auto message = midi::dataBlock(
+        midi::Command::BlockWrite, SysexId, midi::toByte(midi::BlockType::Script),
         midi::ByteView(reinterpret_cast<const std::uint8_t *>(script.data()), script.size()));
-    require(frameLength.has_value(), "the script fits in no frame");
-    const midi::ByteMessage message(frame.begin(), frame.begin() + *frameLength);
+    require(message.has_value(), "the script fits in no frame");
     for (int i = 0; i < Transfers; ++i) {
-        bench::sample("send", bench::Floor, timeUntilAcknowledged([&] { link.send(message); }));
+        bench::sample("send", bench::Floor, timeUntilAcknowledged([&] { link.send(*message); }));
     }
     const ConnectedWindow ui(QString::fromLatin1(script));
     QQuickItem *const sendIcon = ui.item("sendIcon");
@@ -154,7 +152,7 @@ double timeBareUpdate(midi::ByteView payload)
     const auto begin = Clock::now();
     for (const midi::ByteMessage &block : blocks)
         require(link.exchange(block, AnswerTime), "a block was not answered");
-    link.send(midi::updateDone(SysexId, PayloadLength, 1, 2));
+    link.send(midi::updateDone(SysexId, {PayloadLength, 1, 2}));
     const double time = bench::millisecondsSince(begin);
     requireReceived(box);
     return time;

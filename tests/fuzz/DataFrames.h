@@ -1,9 +1,8 @@
 #pragma once
 
-#include "midi/Crc32.h"
-#include "midi/DataBlockFrame.h"
-#include "midi/MCoded7.h"
-#include "midi/SevenBit.h"
+#include "midi/protocol/Crc32.h"
+#include "midi/protocol/DataBlock.h"
+#include "midi/protocol/SevenBit.h"
 
 #include <algorithm>
 

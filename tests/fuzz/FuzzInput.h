@@ -1,6 +1,6 @@
 #pragma once
 
-#include "midi/ByteMessage.h"
+#include "midi/protocol/Bytes.h"
 
 #include <algorithm>
 #include <cstddef>

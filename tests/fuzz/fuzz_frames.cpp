@@ -1,7 +1,7 @@
 #include "fuzz/DataFrames.h"
 #include "fuzz/FuzzInput.h"
 #include "fuzz/Require.h"
-#include "midi/UpdateMessages.h"
+#include "midi/protocol/UpdateMessages.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
 #include "fuzz/FuzzInput.h"
 #include "fuzz/Require.h"
-#include "midi/PortMatching.h"
+#include "midi/backend/PortNames.h"
 
 #include <set>
 

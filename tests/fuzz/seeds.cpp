@@ -1,5 +1,5 @@
 #include "firmware/ImageCipher.h"
-#include "midi/UpdateMessages.h"
+#include "midi/protocol/UpdateMessages.h"
 #include "scripts/LibraryDocument.h"
 #include "support/Messages.h"
 #include "unit/firmware/ImageBuilder.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "midi/ByteMessage.h"
-#include "midi/PortMatching.h"
+#include "midi/protocol/Bytes.h"
+#include "midi/backend/PortNames.h"
 
 #include <functional>
 #include <optional>
@@ -25,11 +25,8 @@ public:
         Message bytes;
     };
 
-    /// What the constructors of the library's clients do. ALSA's also fail when
-    /// `style` is Jack.
-    enum class Service { Works, AlsaFails, JackFails, FailsAlways, OutputFails };
-
-    enum class JackServer { Runs, Stopped, Ended };
+    /// What the constructors of the library's clients do: of two back ends, the second is JACK.
+    enum class Service { Works, FirstFails, JackFails, FailsAlways, OutputFails };
 
     static constexpr char ErrorText[] = "scripted MIDI error"; ///< of every error thrown here
     static constexpr char WarningText[] = "scripted MIDI warning";
@@ -42,7 +39,6 @@ public:
     // The script
 
     Service service = Service::Works;
-    JackServer jackServer = JackServer::Runs;             ///< of use with the names of JACK
     midi::NameStyle style = midi::NameStyle::Undecorated; ///< which back end the clients report
     std::vector<std::string> inputs;
     std::vector<std::string> outputs;
@@ -51,6 +47,8 @@ public:
     bool sendFails = false; ///< by an exception, as on Windows
     bool sendWarns = false; ///< and nothing else, as failed sends do on ALSA
     bool countFails = false;
+    bool jackServerRuns = true;
+    void endJackServer();
     /// Called for each message sent, after it was recorded; may answer with receive().
     std::function<void(const Sent &)> onSend;
 

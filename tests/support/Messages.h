@@ -1,10 +1,8 @@
 #pragma once
 
-#include "midi/DataBlockFrame.h"
+#include "midi/protocol/DataBlock.h"
 
 #include <QByteArray>
-
-#include <cstdlib>
 
 /// Messages as tests write and read them.
 namespace testsupport
@@ -31,12 +29,7 @@ inline midi::ByteMessage toBytes(QByteArrayView text)
 inline midi::ByteMessage dataBlock(std::uint8_t sysexId, midi::BlockType type,
                                    midi::ByteView payload)
 {
-    std::array<std::uint8_t, midi::MaxFrameLength> buffer{};
-    const auto length = midi::buildDataBlock(buffer, midi::Command::DataBlock, sysexId,
-                                             midi::toByte(type), payload);
-    if (!length)
-        std::abort(); // a mistake in the test
-    return {buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(*length)};
+    return midi::dataBlock(midi::Command::DataBlock, sysexId, midi::toByte(type), payload).value();
 }
 
 } // namespace testsupport

@@ -1,6 +1,6 @@
 #include "support/MidiServer.h"
 
-#include "midi/JackService.h"
+#include "midi/backend/JackServer.h"
 #include "support/ChildProcess.h"
 
 #include <QDeadlineTimer>
@@ -83,7 +83,7 @@ bool MidiServer::start()
     m_running = false;
     while (!m_running && m_process.state() != QProcess::NotRunning && !deadline.hasExpired()) {
         m_process.waitForFinished(StartPollMs);
-        m_running = isListening(m_name) && midi::JackService::connect("ready?");
+        m_running = isListening(m_name) && midi::JackServer::connect("ready?");
     }
     return m_running;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "midi/DeviceReference.h"
-#include "midi/SysexFrame.h"
+#include "midi/protocol/Box.h"
+#include "midi/protocol/Messages.h"
 #include "support/FakeRtMidi.h"
 #include "support/Messages.h"
 

@@ -1,5 +1,5 @@
 #include "firmware/FirmwareUpdate.h"
-#include "midi/UpdateMessages.h"
+#include "midi/protocol/UpdateMessages.h"
 #include "support/FakeRtMidi.h"
 #include "support/Rows.h"
 #include "unit/firmware/ImageBuilder.h"

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "midi/BlockEncoding.h"
-#include "midi/MCoded7.h"
-#include "midi/SevenBit.h"
+#include "midi/protocol/SevenBit.h"
 
 #include <algorithm>
 
@@ -52,7 +50,7 @@ inline void checkBlock(const midi::ByteMessage &bytes, std::size_t capacity, Req
     require(encoded.size() == (bytes.size() / Group + 1) * (Group + 1), "block: length");
     require(isSevenBit(encoded), "block: seven bits");
     midi::ByteMessage output(encoded.size(), Untouched);
-    const auto all = midi::decodeBlock(encoded, output);
+    const auto all = midi::decodeBlock(encoded, encoded.size(), output);
     require(all.complete && all.written == encoded.size() / (Group + 1) * Group, "block: all");
     output.resize(all.written);
     require(startsWith(output, bytes), "block: there and back");
@@ -63,7 +61,8 @@ inline void checkBlock(const midi::ByteMessage &bytes, std::size_t capacity, Req
     const std::size_t lastGroup = std::min(Group, bytes.size() % (Group + 1));
     const std::size_t available = bytes.size() / (Group + 1) * Group + lastGroup;
     midi::ByteMessage decoded(capacity + 1, Untouched);
-    const auto [written, complete] = midi::decodeBlock(bytes, std::span(decoded).first(capacity));
+    const auto [written, complete] = 
+        midi::decodeBlock(bytes, bytes.size(), std::span(decoded).first(capacity));
     require(written == std::min(capacity, available), "block: written");
     // Exactly full counts as too small.
     require(complete == (available < capacity || bytes.empty()), "block: complete");

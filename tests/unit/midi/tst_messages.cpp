@@ -1,5 +1,5 @@
 #include "midi/QtRtMIDI.h"
-#include "midi/UpdateMessages.h"
+#include "midi/protocol/UpdateMessages.h"
 #include "support/Messages.h"
 
 #include <QTest>

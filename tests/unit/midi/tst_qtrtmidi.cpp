@@ -74,13 +74,14 @@ private slots:
         };
         const char *const text = FakeRtMidi::ErrorText;
         row("first choice works", Service::Works, "", "", 2, "");
-        row("the next one works", Service::AlsaFails, "", "", 2, text);
+        row("the next one works", Service::FirstFails, "", "", 2, text);
         row("none works", Service::FailsAlways, "", "no MIDI service", 0, text);
         row("no output works", Service::OutputFails, "", "no MIDI service", 0, text);
-        row("named by the environment", Service::AlsaFails, "jack", "", 2, "");
+        row("named by the environment", Service::FirstFails, "jack", "", 2, "");
         row("named, does not work", Service::FailsAlways, "jack", "no MIDI service", 0, text);
         row("named, others work", Service::JackFails, "jack", "no MIDI service", 0, text);
-        row("unknown name", Service::Works, "abacus", "OSTREL_MIDI_API.*abacus", 2, "");
+        row("unknown name", Service::Works, "abacus", "OSTREL_MIDI_API.*abacus", 2,
+            "OSTREL_MIDI_API names no MIDI back end of this build: \"abacus\"");
     }
 
     void choosesTheBackEnd()
@@ -397,8 +398,8 @@ private slots:
     {
         QTest::addColumn<ByteMessage>("payload");
         QTest::newRow("256 bytes") << ByteMessage(256, 0xA5);
-        QTest::newRow("shorter") << ByteMessage(3, 0xA5);
-        QTest::newRow("longer") << ByteMessage(7153, 0xA5);
+        QTest::newRow("shorter") << ByteMessage(255, 0xA5);
+        QTest::newRow("longer") << ByteMessage(257, 0xA5);
     }
 
     void readsGlobals()
@@ -410,10 +411,9 @@ private slots:
             world().receive(dataBlock(Id, BlockType::Globals, payload));
         };
         const std::uint8_t *record = m_midi->getGlobals();
-        QVERIFY(record);
-        const ByteMessage copy(record, record + 256); // all of it is there to be copied
-        const std::size_t common = std::min(payload.size(), copy.size());
-        QCOMPARE(hex(std::span(copy).first(common)), hex(std::span(payload).first(common)));
+        QCOMPARE(record != nullptr, payload.size() == 256); // another length is no record
+        if (record)
+            QCOMPARE(ByteMessage(record, record + 256), payload);
         verifyCallbackMode();
     }
 

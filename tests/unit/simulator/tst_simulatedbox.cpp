@@ -1,6 +1,6 @@
 #include "firmware/ImageCipher.h"
-#include "midi/MCoded7.h"
-#include "midi/UpdateMessages.h"
+#include "midi/protocol/SevenBit.h"
+#include "midi/protocol/UpdateMessages.h"
 #include "simulator/BoxOptions.h"
 #include "simulator/SimulatedBox.h"
 #include "support/Messages.h"

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "midi/protocol/Bytes.h"
+
+#include <functional>
+
+class QtRtMIDI;
+
+/// Opens pair `port` of the last scan, asks who is there, and hands over each message that comes
+/// within 200 ms, until `take` returns false. False when `port` could not be opened or asked.
+/// Leaves the pair open and the link in callback mode. GUI thread.
+[[nodiscard]] bool askWhoIsThere(QtRtMIDI &link, unsigned port,
+                                 const std::function<bool(midi::ByteView message)> &take);

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "midi/protocol/Bytes.h"
+
+#include <optional>
+#include <string>
+#include <variant>
+
+/// The messages of a firmware update, all under one command and told apart by a sub-command.
+namespace midi
+{
+
+/// Payload bytes in one data message; the last one may hold fewer.
+inline constexpr std::uint32_t UpdateBlockSize = 512;
+/// The status of a response that accepts the last block; any other one asks for a position.
+inline constexpr std::uint8_t UpdateAccepted = 0x7F;
+
+enum class UpdateCommand : std::uint8_t {
+    Request = 0x00,
+    Data = 0x01,
+    Response = 0x02,
+    Done = 0x03,
+    Cancel = 0x04,
+};
+
+/// What a data message holds: 1 to 512 bytes as stored in the image, and their offset there.
+struct UpdateBlock
+{
+    std::uint32_t position = 0;
+    ByteMessage bytes;
+};
+
+/// The box's answer to a block.
+struct UpdateResponse
+{
+    std::uint8_t status = 0;    ///< UpdateAccepted, or another one that asks for a position
+    std::uint32_t position = 0; ///< the next one, or the one asked for
+};
+
+/// What ends a transfer.
+struct UpdateDone
+{
+    std::uint32_t length = 0; ///< of the payload, in bytes
+    std::uint8_t param1 = 0;  ///< both from the image, below 0x80
+    std::uint8_t param2 = 0;
+};
+
+/// Asks a running box to restart into its bootloader.
+[[nodiscard]] ByteMessage updateRequest(std::uint8_t sysexId);
+[[nodiscard]] ByteMessage updateCancel(std::uint8_t sysexId);
+[[nodiscard]] ByteMessage updateData(std::uint8_t sysexId, std::uint32_t position, ByteView block);
+[[nodiscard]] ByteMessage updateDone(std::uint8_t sysexId, const UpdateDone &done);
+[[nodiscard]] ByteMessage updateResponse(std::uint8_t sysexId, const UpdateResponse &response);
+
+/// Nothing for a message that is no update message for this box.
+[[nodiscard]] std::optional<UpdateCommand> updateCommand(ByteView message, std::uint8_t sysexId);
+
+// Reading a message whose command is known.
+
+/// A message that is not right in every field gives the reason instead.
+[[nodiscard]] std::variant<UpdateBlock, std::string> readUpdateData(ByteView message);
+/// Nothing for a message of the wrong length.
+[[nodiscard]] std::optional<UpdateResponse> readUpdateResponse(ByteView message);
+[[nodiscard]] std::optional<UpdateDone> readUpdateDone(ByteView message);
+
+} // namespace midi
