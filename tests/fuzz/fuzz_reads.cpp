@@ -3,7 +3,6 @@
 #include "fuzz/Require.h"
 #include "midi/QtRtMIDI.h"
 #include "support/FakeRtMidi.h"
-#include "unit/midi/BlockPayload.h"
 
 #include <deque>
 
@@ -44,7 +43,7 @@ public:
         while (!m_queue.empty()) {
             const ByteMessage message = m_queue.front();
             m_queue.pop_front();
-            auto payload = blockPayload(message);
+            auto payload = midi::readDataBlock(message);
             if (payload && midi::isDataBlock(message, m_id, type))
                 return payload;
         }

@@ -3,7 +3,6 @@
 #include "settings/SettingsTransfer.h"
 #include "support/FakeRtMidi.h"
 #include "support/Messages.h"
-#include "unit/midi/BlockPayload.h"
 
 #include <QQmlContext>
 #include <QQmlEngine>
@@ -67,7 +66,7 @@ struct Editor
         const auto &sent = FakeRtMidi::world().sent;
         if (sent.empty())
             return "nothing";
-        const auto payload = blockPayload(sent.back().bytes);
+        const auto payload = midi::readDataBlock(sent.back().bytes);
         return payload ? hex(*payload) : "a damaged frame";
     }
 
