@@ -205,6 +205,8 @@ private slots:
         // Untouched, the record goes back as it came.
         QVERIFY(bridge.writeGlobals());
         QCOMPARE(editor.written(), hex(boxRecord()));
+        const auto header = std::span(FakeRtMidi::world().sent.back().bytes).first(9);
+        QCOMPARE(hex(header), QByteArray("F0 00 01 5B 05 31 00 00 00"));
 
         bridge.setDisplayName(QString("B") + QChar(0xE4));
         bridge.setOperatingMode(1);
