@@ -62,7 +62,7 @@ midi::Backend *QtRtMIDI::backend()
     m_backend = midi::Backend::make(
         {}, [inbox = m_inbox](const Message &message) { inbox->receive(message); }, error);
     if (error != m_error)
-        qCInfo(lcMidi) << (m_backend ? "on the way:" : "no MIDI service:") << error.c_str();
+        qCInfo(lcMidi).nospace() << (m_backend ? "" : "no MIDI service: ") << error.c_str();
     if (m_backend)
         qCDebug(lcMidi) << "MIDI back end:" << m_backend->name().c_str();
     succeeded(error);

@@ -15,7 +15,7 @@ namespace
 {
 
 constexpr int TimeoutMs = 60000;
-constexpr int Reference = OstrelProductId << 8;
+constexpr int Reference = midi::OstrelProductId << 8;
 constexpr int SecondReference = Reference + 1;
 
 const QString InputPort = "MIDIIN4 (Ostrel)";
@@ -37,7 +37,7 @@ public:
     {
         updater.setMidiObj(&m_link);
         m_list.setMidiObj(&m_link);
-        m_list.addProductIDToList(OstrelProductId);
+        m_list.addProductIDToList(midi::OstrelProductId);
         m_list.setInputPortName(inputPortName);
         m_list.setOutputPortName("MIDIOUT6 (Ostrel)");
         using Update = FirmwareUpdate;

@@ -125,7 +125,7 @@ bool startUpdate(const WindowFixture &ui, const BigFirmware &firmware)
     auto *const updater = ui.window()->property("updater").value<FirmwareUpdate *>();
     if (!QTest::qWaitFor([&] { return ui.itemSaying("Update Needed") != nullptr; }, PlugTimeoutMs))
         return false;
-    const bool loaded = updater->loadFile(firmware.file.url(), OstrelProductId);
+    const bool loaded = updater->loadFile(firmware.file.url(), midi::OstrelProductId);
     ui.press(Qt::Key_Return);
     return loaded;
 }

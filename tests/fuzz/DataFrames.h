@@ -20,11 +20,9 @@ inline void repairDataBlock(midi::ByteMessage &frame)
     const std::uint16_t length = midi::convert16To14Bit(static_cast<std::uint16_t>(payload.size()));
     frame[midi::BlockLengthOffset] = static_cast<std::uint8_t>(length & 0xFFU);
     frame[midi::BlockLengthOffset + 1] = static_cast<std::uint8_t>(length >> 8U);
-    const std::uint32_t crc = midi::calcCrc(payload);
-    const std::array<std::uint8_t, 4> bytes{
-        static_cast<std::uint8_t>(crc), static_cast<std::uint8_t>(crc >> 8U),
-        static_cast<std::uint8_t>(crc >> 16U), static_cast<std::uint8_t>(crc >> 24U)};
-    midi::encodeMCoded7(bytes, std::span(frame).subspan(midi::BlockCrcOffset, 5));
+    midi::ByteMessage crc;
+    midi::appendNumber(crc, midi::calcCrc(payload));
+    midi::encodeMCoded7(crc, std::span(frame).subspan(midi::BlockCrcOffset, 5));
 }
 
 } // namespace fuzz

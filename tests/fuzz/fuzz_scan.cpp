@@ -104,7 +104,7 @@ public:
             m_model.setOutputPortName("Port 0");
         }
         if (onlyOstrel)
-            m_model.addProductIDToList(OstrelProductId);
+            m_model.addProductIDToList(midi::OstrelProductId);
         QObject::connect(&m_model, &ConnectedDeviceListModel::deviceIsConnected,
                          [this](int device) { m_announced = device; });
     }
@@ -118,6 +118,10 @@ public:
         if (MidiDevice *device = m_model.currentDevice())
             static_cast<void>(device->updateVersion());
         checkDevices();
+        // The replies to a question about names answer these as well.
+        const std::uint8_t *record = m_link.getGlobals();
+        require(!record || std::vector(record, record + 256).size() == 256, "a whole record");
+        static_cast<void>(m_link.getScript());
     }
 
 private:

@@ -96,7 +96,7 @@ void addFrames(Seeds &seeds)
         midi::nameReply(Id, toBytes("Box")),
         midi::textMessage(Id, toBytes("Hi")),
         midi::updateRequest(Id),
-        midi::updateResponse(Id, midi::UpdateAccepted, 512),
+        midi::updateResponse(Id, {midi::UpdateAccepted, 512}),
         midi::updateData(Id, 512, ramp(20)),
         fromHex("F0 00 01 5B 05 32 00 00 00 00 F7"),
         dataBlock(Id, BlockType::Script, {}),
@@ -107,29 +107,6 @@ void addFrames(Seeds &seeds)
     for (const ByteMessage &message : messages)
         seeds.add("frames", ByteMessage{Id, 0} + message);
     seeds.add("frames", ByteMessage{Id, 1} + dataBlock(Id, BlockType::Script, ramp(20)));
-}
-
-void addReads(Seeds &seeds)
-{
-    const auto seed = [&](std::uint8_t type, const std::vector<ByteMessage> &replies,
-                          std::uint8_t repair = 0) {
-        ByteMessage bytes{Id, type, static_cast<std::uint8_t>(replies.size())};
-        for (const ByteMessage &reply : replies)
-            bytes = bytes + ByteMessage{repair} + counted(reply);
-        seeds.add("reads", bytes);
-    };
-    const ByteMessage script = dataBlock(Id, BlockType::Script, toBytes("\xC3\xA4 = 1"));
-    const ByteMessage globals = dataBlock(Id, BlockType::Globals, ramp(256));
-    seed(1, {});
-    seed(1, {script});
-    seed(0, {globals});
-    seed(0, {dataBlock(Id, BlockType::Globals, ramp(3))});
-    seed(1, {changed(script, 12, 0x55), script});
-    seed(1, {changed(script, 12, 0x55)}, 1);
-    seed(1, {changed(script, 4, Id + 1), globals, {}, script});
-    seed(1, {changed(changed(script, 9, 0x7F), 10, 0x7F), fromHex("90 40 7F"), script});
-    seed(1, {dataBlock(Id, BlockType::Script, ByteMessage(7153, 'x'))});
-    seed(1, std::vector<ByteMessage>(101, fromHex("90 40 7F")));
 }
 
 void addScans(Seeds &seeds)
@@ -143,9 +120,14 @@ void addScans(Seeds &seeds)
     const ByteMessage ostrel = midi::identityReply({26, Id, {1, 2, 3}});
     const ByteMessage other = midi::identityReply({12, 1, {7, 15, 127}});
     const ByteMessage name = midi::nameReply(Id, toBytes("A name that is longer than it may be"));
+    const ByteMessage script = dataBlock(Id, BlockType::Script, toBytes("\xC3\xA4 = 1"));
+    const ByteMessage globals = dataBlock(Id, BlockType::Globals, ramp(256));
     const ByteMessage one = block({ostrel}) + block({name});
     seeds.add("scan", ByteMessage{0});
     seeds.add("scan", ByteMessage{1} + one + one + one);
+    seeds.add("scan", ByteMessage{1} + block({ostrel}) + block({name, script, globals}));
+    seeds.add("scan",
+              ByteMessage{1} + block({ostrel}) + block({changed(script, 12, 0x55), script}));
     seeds.add("scan", ByteMessage{0x31} + one + block({other}) + block({}) + one);
     seeds.add("scan", ByteMessage{2} + one + block({other, ostrel}) + block({name}));
     seeds.add("scan", ByteMessage{0x22} + block({other}) + block({}) + one + one + one);
@@ -214,7 +196,6 @@ int main(int argc, char **argv)
     Seeds seeds(argv[1]);
     addEncodings(seeds);
     addFrames(seeds);
-    addReads(seeds);
     addScans(seeds);
     addImages(seeds);
     addLibraries(seeds);

@@ -7,7 +7,6 @@
 #include <QDir>
 #include <QFile>
 
-#include <csignal>
 #include <vector>
 
 #include <unistd.h>
@@ -103,16 +102,6 @@ void MidiServer::end()
 {
     stop(m_process);
     m_running = false;
-}
-
-void MidiServer::pause()
-{
-    ::kill(static_cast<pid_t>(m_process.processId()), SIGSTOP);
-}
-
-void MidiServer::resume()
-{
-    ::kill(static_cast<pid_t>(m_process.processId()), SIGCONT);
 }
 
 void MidiServer::kill()

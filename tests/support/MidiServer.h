@@ -32,9 +32,6 @@ public:
     void kill();
     /// Starts the server again, under the same name. False when it did not come up.
     bool start();
-    /// Lets the server do nothing at all, and go on.
-    void pause();
-    void resume();
 
 private:
     static constexpr std::array<const char *, 3> Variables{

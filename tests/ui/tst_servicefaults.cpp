@@ -151,21 +151,6 @@ private slots:
         stage.checkThatSendingWorks();
     }
 
-    void serverStops()
-    {
-        Stage stage(BoxOptions);
-        QVERIFY(connectTo(stage, BoxName));
-        stage.server.pause();
-        const auto sendingFails = [&] {
-            stage.click("sendIcon");
-            return stage.text("messageTextArea").contains("Error sending script.");
-        };
-        QVERIFY(QTest::qWaitFor(sendingFails, Stage::TimeoutMs));
-        stage.checkThatEditingWorks();
-        stage.server.resume();
-        QVERIFY(stage.box->waitForLine("^script 6"));
-    }
-
     void serverEndsDuringAnUpdate()
     {
         const QStringList options = BoxOptions + QStringList{"--bootloader"};

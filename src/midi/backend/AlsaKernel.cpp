@@ -36,10 +36,10 @@ std::optional<std::uint64_t> numberBehindColon(std::string_view line)
     const std::size_t digits = line.find_first_of("0123456789", line.find(':'));
     std::uint64_t value = 0;
     const char *end = line.data() + line.size();
-    if (digits == std::string_view::npos ||
-        std::from_chars(line.data() + digits, end, value).ptr != end)
+    if (digits == std::string_view::npos)
         return std::nullopt;
-    return value;
+    const auto [stop, error] = std::from_chars(line.data() + digits, end, value);
+    return error == std::errc{} && stop == end ? std::optional(value) : std::nullopt;
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "firmware/FirmwareUpdate.h"
-#include "midi/protocol/UpdateMessages.h"
 #include "support/FakeRtMidi.h"
+#include "support/Messages.h"
 #include "support/Rows.h"
 #include "unit/firmware/ImageBuilder.h"
 
@@ -25,6 +25,28 @@ midi::FirmwareVersion versionFrom(const QString &text)
 }
 
 const QString Bootloader = "7.15.127";
+
+constexpr char IdentityRequest[] = "F0 00 01 5B 03 F7";
+
+/// A number as four bytes of a message; unit/midi/golden_bytes.py tells where they come from.
+QByteArray number(const QString &value)
+{
+    static const QHash<QString, QByteArray> numbers{
+        {"0", "00 00 00 00"},        {"8", "08 00 00 00"},   {"512", "00 04 00 00"},
+        {"700", "3C 05 00 00"},      {"896", "00 07 00 00"}, {"1024", "00 08 00 00"},
+        {"268435455", "7F 7F 7F 7F"}};
+    return numbers.value(value, "unknown");
+}
+
+/// POSITION+LENGTH of each block of the payload that is sent here, and what its message says of it:
+/// position, length, encoded length and the checksum, which tells its content. From the same place.
+const std::pair<QString, QByteArray> Blocks[] = {
+    {"0+512", "00 00 00 00 00 04 00 00 50 04 00 00 66 3E 6D 36"},
+    {"512+512", "00 04 00 00 00 04 00 00 50 04 00 00 21 5F 78 19"},
+    {"512+188", "00 04 00 00 3C 01 00 00 58 01 00 00 1E 35 45 08"},
+    {"896+128", "00 07 00 00 00 01 00 00 18 01 00 00 3B 70 04 22"},
+    {"0+8", "00 00 00 00 08 00 00 00 10 00 00 00 2C 58 06 33"},
+    {"0+0", "00 00 00 00 00 00 00 00 08 00 00 00 26 44 7B 16"}};
 
 struct Box
 {
@@ -74,10 +96,10 @@ public:
             {"tick", [&] { updater.timerDone(); }},
             {"cancel", [&] { updater.cancelUpdate(); }},
             {"init", [&] { updater.init(); }},
-            {"ack", [&] { answer(midi::updateResponse(SysexId, midi::UpdateAccepted, 0)); }},
-            {"want", [&] { answer(midi::updateResponse(SysexId, 0, argument.toUInt())); }},
-            {"foreign", [] { answer(midi::updateResponse(SysexId + 1, midi::UpdateAccepted, 0)); }},
-            {"short", [] { answer(midi::updateRequest(SysexId)); }},
+            {"ack", [] { answer("F0 00 01 5B 05 20 02 7F 00 00 00 00 F7"); }},
+            {"want", [&] { answer("F0 00 01 5B 05 20 02 00 " + number(argument) + " F7"); }},
+            {"foreign", [] { answer("F0 00 01 5B 06 20 02 7F 00 00 00 00 F7"); }},
+            {"short", [] { answer("F0 00 01 5B 05 20 00 F7"); }},
             {"box", [&] { m_boxVersion = versionFrom(argument); }},
             {"plug", [] { plug(true); }},
             {"unplug", [] { plug(false); }},
@@ -117,7 +139,7 @@ private:
         updater.loadFile(image::File(content).url(), Product);
     }
 
-    static void answer(const midi::ByteMessage &message) { FakeRtMidi::world().receive(message); }
+    static void answer(const QByteArray &message) { FakeRtMidi::world().receive(fromHex(message)); }
 
     void follow()
     {
@@ -136,37 +158,27 @@ private:
 
     void messageSent(const midi::ByteMessage &message)
     {
-        said << describe(message);
-        if (message == midi::identityRequest())
-            answer(midi::identityReply({Product, SysexId, m_boxVersion}));
+        const QByteArray bytes = hex(message);
+        said << describe(bytes);
+        if (bytes == IdentityRequest)
+            FakeRtMidi::world().receive(midi::identityReply({Product, SysexId, m_boxVersion}));
     }
 
-    [[nodiscard]] QString describe(const midi::ByteMessage &message) const
+    [[nodiscard]] QString describe(const QByteArray &message) const
     {
-        if (message == midi::identityRequest())
+        if (message == IdentityRequest)
             return "identify";
-        if (message == midi::updateRequest(SysexId))
+        if (message == "F0 00 01 5B 05 20 00 F7")
             return "request";
-        if (message == midi::updateCancel(SysexId))
+        if (message == "F0 00 01 5B 05 20 04 F7")
             return "cancel";
-        const auto length = static_cast<std::uint32_t>(m_payload.size());
-        if (message == midi::updateDone(SysexId, length, 1, 2))
+        const QByteArray length = number(QString::number(m_payload.size()));
+        if (message == "F0 00 01 5B 05 20 03 " + length + " 01 02 F7")
             return "done";
-        return describeBlock(message);
-    }
-
-    /// "block POSITION+LENGTH" when the whole message is what it should be for that position.
-    [[nodiscard]] QString describeBlock(const midi::ByteMessage &message) const
-    {
-        if (message.size() > midi::UpdateDataOffset) {
-            const auto position = midi::read28Bit(message, midi::UpdatePositionOffset);
-            const auto length = midi::read28Bit(message, midi::UpdateLengthOffset);
-            if (std::size_t(position) + length <= m_payload.size() &&
-                message == midi::updateData(SysexId, position,
-                                            midi::ByteView(m_payload).subspan(position, length)))
-                return QStringLiteral("block %1+%2").arg(position).arg(length);
-        }
-        return QString::fromStdString("unexpected " + midi::toHex(message));
+        for (const auto &[block, header] : Blocks)
+            if (message.startsWith("F0 00 01 5B 05 20 01 " + header))
+                return "block " + block;
+        return "unexpected " + message;
     }
 
     std::vector<std::uint8_t> m_payload;

@@ -1,14 +1,12 @@
 #include "midi/QtRtMIDI.h"
 #include "support/Messages.h"
+#include "support/Rows.h"
 #include "unit/midi/EncodingChecks.h"
-
-#include <QTest>
 
 #include <random>
 
+using namespace testsupport;
 using midi::ByteMessage;
-using testsupport::fromHex;
-using testsupport::hex;
 
 namespace
 {
@@ -44,26 +42,18 @@ class TestEncodings : public QObject
 private slots:
     void vectors_data()
     {
-        QTest::addColumn<QByteArray>("raw");
-        QTest::addColumn<QByteArray>("mcoded7");
-        QTest::addColumn<QByteArray>("block");
-        const auto row = [](const char *name, const char *raw, const char *mcoded7,
-                            const char *block) {
-            QTest::newRow(name) << QByteArray(raw) << QByteArray(mcoded7) << QByteArray(block);
-        };
-        row("nothing", "", "", "00 00 00 00 00 00 00 00");
-        row("a whole group", "80 00 00 00 00 00 01", "40 00 00 00 00 00 00 01",
+        const Rows<QByteArray, QByteArray, QByteArray> add; // raw, MCoded7, block form
+        add("nothing", "", "", "00 00 00 00 00 00 00 00");
+        add("a whole group", "80 00 00 00 00 00 01", "40 00 00 00 00 00 00 01",
             "00 00 00 00 00 00 01 40 00 00 00 00 00 00 00 00");
-        row("three bytes", "FF 7F 80", "50 7F 7F 00", "7F 7F 00 00 00 00 00 50");
-        row("into a second group", "00 00 00 00 00 00 80 81", "01 00 00 00 00 00 00 00 40 01",
+        add("three bytes", "FF 7F 80", "50 7F 7F 00", "7F 7F 00 00 00 00 00 50");
+        add("into a second group", "00 00 00 00 00 00 80 81", "01 00 00 00 00 00 00 00 40 01",
             "00 00 00 00 00 00 00 01 01 00 00 00 00 00 00 40");
     }
 
     void vectors()
     {
-        QFETCH(QByteArray, raw);
-        QFETCH(QByteArray, mcoded7);
-        QFETCH(QByteArray, block);
+        const auto [raw, mcoded7, block] = row<QByteArray, QByteArray, QByteArray>();
         const ByteMessage input = fromHex(raw);
 
         ByteMessage encoded(100, 0xEE);
@@ -105,7 +95,7 @@ private slots:
 
     void checksum()
     {
-        const ByteMessage digits = testsupport::toBytes("123456789");
+        const ByteMessage digits = toBytes("123456789");
         const auto crc = [](midi::ByteView bytes, std::uint32_t initial) {
             return QtRtMIDI::calcCRC(bytes.data(), length(bytes), initial);
         };

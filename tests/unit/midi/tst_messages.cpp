@@ -1,13 +1,10 @@
-#include "midi/QtRtMIDI.h"
 #include "midi/protocol/UpdateMessages.h"
+#include "midi/QtRtMIDI.h"
 #include "support/Messages.h"
+#include "support/Rows.h"
 
-#include <QTest>
-
+using namespace testsupport;
 using midi::ByteMessage;
-using testsupport::fromHex;
-using testsupport::hex;
-using testsupport::toBytes;
 
 namespace
 {
@@ -25,61 +22,58 @@ class TestMessages : public QObject
 private slots:
     void initTestCase()
     {
+        QVERIFY(!m_midi.isOurZEVSysexMsg(fromHex("F0 00 01 5B 7F F7"))); // no alternate ID yet
         m_midi.setSysexID(Id);
         m_midi.setAltSysexID(AltId);
     }
 
     void tellsMessagesApart_data()
     {
-        QTest::addColumn<QByteArray>("message");
-        QTest::addColumn<QByteArrayList>("kinds");
-        const auto row = [](const char *name, const char *message, const char *kinds) {
-            QTest::newRow(name) << QByteArray(message) << QByteArray(kinds).split(' ');
-        };
-        row("empty", "", "");
-        row("one byte", "F0", "");
-        row("prefix alone", "F0 00 01 5B", "");
-        row("prefix and a byte", "F0 00 01 5B 05", "sysex ours");
-        row("prefix and another ID", "F0 00 01 5B 06", "sysex");
-        row("alternate ID", "F0 00 01 5B 09 F7", "sysex ours");
-        row("other manufacturer", "F0 00 01 5C 05 34 00 F7", "");
-        row("identity request", "F0 00 01 5B 03 F7", "sysex");
-        row("identity reply", "F0 00 01 5B 04 1A 11 00 05 F7", "sysex identity");
-        row("identity reply, short", "F0 00 01 5B 04 1A 11 00 F7", "sysex");
-        row("identity reply, long", "F0 00 01 5B 04 1A 11 00 05 00 F7", "sysex");
+        const Rows<QByteArray, QByteArray> add;
+        add("empty", "", "");
+        add("one byte", "F0", "");
+        add("prefix alone", "F0 00 01 5B", "");
+        add("prefix and a byte", "F0 00 01 5B 05", "sysex ours");
+        add("prefix and another ID", "F0 00 01 5B 06", "sysex");
+        add("alternate ID", "F0 00 01 5B 09 F7", "sysex ours");
+        add("other manufacturer", "F0 00 01 5C 05 34 00 F7", "");
+        add("identity request", "F0 00 01 5B 03 F7", "sysex");
+        add("identity reply", "F0 00 01 5B 04 1A 11 00 05 F7", "sysex identity");
+        add("identity reply, short", "F0 00 01 5B 04 1A 11 00 F7", "sysex");
+        add("identity reply, long", "F0 00 01 5B 04 1A 11 00 05 00 F7", "sysex");
         // The two forms of messages overlap for a box with the ID 4.
-        row("identity and name reply", "F0 00 01 5B 04 22 00 41 42 F7", "sysex identity name");
-        row("name reply", "F0 00 01 5B 05 22 00 41 F7", "sysex ours name");
-        row("name reply, shortest", "F0 00 01 5B 06 22", "sysex name");
-        row("acknowledgement", "F0 00 01 5B 05 32 00 00 00 00 F7", "sysex ours ack");
-        row("acknowledgement, other ID", "F0 00 01 5B 09 32 00 00 00 00 F7", "sysex ours");
-        row("acknowledgement, short", "F0 00 01 5B 05 32 00 00 00 F7", "sysex ours");
-        row("globals", "F0 00 01 5B 05 34 00 00 00 01 00 00 00 00 00 00 00 F7",
+        add("identity and name reply", "F0 00 01 5B 04 22 00 41 42 F7", "sysex identity name");
+        add("name reply", "F0 00 01 5B 05 22 00 41 F7", "sysex ours name");
+        add("name reply, shortest", "F0 00 01 5B 06 22", "sysex name");
+        add("acknowledgement", "F0 00 01 5B 05 32 00 00 00 00 F7", "sysex ours ack");
+        add("acknowledgement, other ID", "F0 00 01 5B 09 32 00 00 00 00 F7", "sysex ours");
+        add("acknowledgement, short", "F0 00 01 5B 05 32 00 00 00 F7", "sysex ours");
+        add("globals", "F0 00 01 5B 05 34 00 00 00 01 00 00 00 00 00 00 00 F7",
             "sysex ours globals");
-        row("globals, alternate ID", "F0 00 01 5B 09 34 00 00 00 01 00 00 00 00 00 00 00 F7",
+        add("globals, alternate ID", "F0 00 01 5B 09 34 00 00 00 01 00 00 00 00 00 00 00 F7",
             "sysex ours");
-        row("script", "F0 00 01 5B 05 34 04 00 00 01 00 00 00 00 00 00 00 F7", "sysex ours script");
-        row("another block type", "F0 00 01 5B 05 34 01 00 00 01 00 00 00 00 00 00 00 F7",
+        add("script", "F0 00 01 5B 05 34 04 00 00 01 00 00 00 00 00 00 00 F7", "sysex ours script");
+        add("another block type", "F0 00 01 5B 05 34 01 00 00 01 00 00 00 00 00 00 00 F7",
             "sysex ours");
-        row("block write", "F0 00 01 5B 05 31 04 00 00 01 00 00 00 00 00 00 00 F7", "sysex ours");
-        row("empty block", "F0 00 01 5B 05 34 04 00 00 00 00 00 00 00 00 00 F7",
+        add("block write", "F0 00 01 5B 05 31 04 00 00 01 00 00 00 00 00 00 00 F7", "sysex ours");
+        add("empty block", "F0 00 01 5B 05 34 04 00 00 00 00 00 00 00 00 00 F7",
             "sysex ours emptyblock");
-        row("empty block, other ID", "F0 00 01 5B 06 34 04 00 00 00 00 00 00 00 00 00 F7", "sysex");
-        row("text", "F0 00 01 5B 06 1F 00 F7", "sysex text");
-        row("text, short", "F0 00 01 5B 06 1F F7", "sysex");
-        row("update response", "F0 00 01 5B 05 20 02 7F 00 00 00 00 F7", "sysex ours update");
-        row("update response, long", "F0 00 01 5B 05 20 02 7F 00 00 00 00 00 F7", "sysex ours");
-        row("update request", "F0 00 01 5B 05 20 00 7F 00 00 00 00 F7", "sysex ours");
-        row("program change", "CF 05", "program");
-        row("program change, cut off", "C0", "");
-        row("program change and more", "C0 05 C0", "");
-        row("channel pressure", "D0 05", "");
+        add("empty block, other ID", "F0 00 01 5B 06 34 04 00 00 00 00 00 00 00 00 00 F7", "sysex");
+        add("text", "F0 00 01 5B 06 1F 00 F7", "sysex text");
+        add("text, short", "F0 00 01 5B 06 1F F7", "sysex");
+        add("update response", "F0 00 01 5B 05 20 02 7F 00 00 00 00 F7", "sysex ours update");
+        add("update response, long", "F0 00 01 5B 05 20 02 7F 00 00 00 00 00 F7", "sysex ours");
+        add("update request", "F0 00 01 5B 05 20 00 7F 00 00 00 00 F7", "sysex ours");
+        add("program change", "CF 05", "program");
+        add("program change, cut off", "C0", "");
+        add("program change and more", "C0 05 C0", "");
+        add("channel pressure", "D0 05", "");
     }
 
     void tellsMessagesApart()
     {
-        QFETCH(QByteArray, message);
-        QFETCH(QByteArrayList, kinds);
+        const auto [message, words] = row<QByteArray, QByteArray>();
+        const QByteArrayList kinds = words.split(' ');
         const ByteMessage bytes = fromHex(message);
         const auto check = [&](const char *kind, bool recognised) {
             QVERIFY2(recognised == kinds.contains(kind), kind);
@@ -97,13 +91,6 @@ private slots:
         check("program", QtRtMIDI::isPgmChange(bytes));
     }
 
-    void noAlternateIdBeforeOneIsSet()
-    {
-        const QtRtMIDI fresh;
-        QVERIFY(fresh.isOurZEVSysexMsg(fromHex("F0 00 01 5B 00 F7")));
-        QVERIFY(!fresh.isOurZEVSysexMsg(fromHex("F0 00 01 5B 7F F7")));
-    }
-
     /// tst_qtrtmidi reads whole text messages; a name reply may be shorter.
     void readsTextsFromTheirOffsetOn()
     {
@@ -117,30 +104,15 @@ private slots:
         QCOMPARE(read("F0 00 01 5B 05 22"), QByteArray());
     }
 
-    void buildsAndReadsReplies()
+    void readsIdentities()
     {
-        const ByteMessage reply = midi::identityReply({26, 5, {7, 15, 127}});
-        QCOMPARE(hex(reply), QByteArray("F0 00 01 5B 04 1A 7F 7F 05 F7"));
-        QCOMPARE(midi::readIdentity(reply).version, midi::BootloaderVersion);
-        const midi::Identity other =
+        const midi::Identity identity =
             midi::readIdentity(fromHex("F0 00 01 5B 04 20 A3 04 7E F7")); // bit 7 means nothing
-        QCOMPARE(other.productId, 32);
-        QCOMPARE(other.sysexId, 126);
-        QCOMPARE(other.version, (midi::FirmwareVersion{2, 3, 4}));
-        QCOMPARE(hex(midi::nameReply(5, toBytes("Hi"))),
-                 QByteArray("F0 00 01 5B 05 22 00 48 69 F7"));
-        QCOMPARE(hex(midi::textMessage(5, toBytes("Hi"))),
-                 QByteArray("F0 00 01 5B 05 1F 00 48 69 F7"));
-    }
-
-    void copiesAndPrepends()
-    {
-        ByteMessage message{1, 2, 3};
-        const ByteMessage bytes{7, 8};
-        QtRtMIDI::convertToVector(message, bytes.data(), 2);
-        QCOMPARE(message, bytes);
-        m_midi.prependDataHeader(message);
-        QCOMPARE(hex(message), QByteArray("F0 00 01 5B 05 0B 07 08"));
+        QCOMPARE(identity.productId, 32);
+        QCOMPARE(identity.sysexId, 126);
+        QCOMPARE(identity.version, (midi::FirmwareVersion{2, 3, 4}));
+        const ByteMessage bootloader = fromHex("F0 00 01 5B 04 1A 7F 7F 05 F7");
+        QCOMPARE(midi::readIdentity(bootloader).version, midi::BootloaderVersion);
     }
 
 private:

@@ -3,7 +3,6 @@
 #include "settings/SettingsTransfer.h"
 #include "support/FakeRtMidi.h"
 #include "support/Messages.h"
-#include "unit/midi/BlockPayload.h"
 
 #include <QQmlContext>
 #include <QQmlEngine>
@@ -67,7 +66,7 @@ struct Editor
         const auto &sent = FakeRtMidi::world().sent;
         if (sent.empty())
             return "nothing";
-        const auto payload = blockPayload(sent.back().bytes);
+        const auto payload = midi::readDataBlock(sent.back().bytes);
         return payload ? hex(*payload) : "a damaged frame";
     }
 
@@ -206,6 +205,8 @@ private slots:
         // Untouched, the record goes back as it came.
         QVERIFY(bridge.writeGlobals());
         QCOMPARE(editor.written(), hex(boxRecord()));
+        const auto header = std::span(FakeRtMidi::world().sent.back().bytes).first(9);
+        QCOMPARE(hex(header), QByteArray("F0 00 01 5B 05 31 00 00 00"));
 
         bridge.setDisplayName(QString("B") + QChar(0xE4));
         bridge.setOperatingMode(1);

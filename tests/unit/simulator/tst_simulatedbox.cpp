@@ -1,20 +1,16 @@
-#include "firmware/ImageCipher.h"
 #include "midi/protocol/SevenBit.h"
 #include "midi/protocol/UpdateMessages.h"
 #include "simulator/BoxOptions.h"
 #include "simulator/SimulatedBox.h"
 #include "support/Messages.h"
-#include "unit/midi/BlockPayload.h"
-
-#include <QTest>
+#include "support/Rows.h"
 
 #include <algorithm>
 
 using namespace simulator;
+using namespace testsupport;
 using midi::ByteMessage;
 using midi::ByteView;
-using testsupport::fromHex;
-using testsupport::hex;
 
 namespace
 {
@@ -39,7 +35,7 @@ BoxProfile inBootloader()
 
 ByteMessage blockWrite(midi::BlockType type, ByteView payload)
 {
-    ByteMessage message = testsupport::dataBlock(Id, type, payload);
+    ByteMessage message = dataBlock(Id, type, payload);
     message[midi::CommandOffset] = toByte(midi::Command::BlockWrite);
     return message;
 }
@@ -49,7 +45,7 @@ ByteMessage payload(const ByteMessage &message, midi::BlockType type, std::uint8
 {
     if (!midi::isDataBlock(message, id, type))
         return {};
-    return blockPayload(message).value_or(ByteMessage());
+    return midi::readDataBlock(message).value_or(ByteMessage());
 }
 
 ByteMessage readBlock(SimulatedBox &box, midi::BlockType type)
@@ -65,62 +61,6 @@ BoxFaults faults(const QString &options)
     return std::get<BoxFaults>(parsed);
 }
 
-ByteMessage firmwarePayload(std::size_t length)
-{
-    ByteMessage payload(length);
-    for (std::size_t i = 0; i < length; ++i)
-        payload[i] = static_cast<std::uint8_t>(i * 7 + (i >> 8U));
-    return payload;
-}
-
-/// What became of an update, seen from a client that gives up after ten requests or no answer.
-enum class End { Complete, Silence, BeyondEnd, TooManyRequests, Unplugged };
-
-/// A client as simple as can be: sends what the box asks for.
-class Client
-{
-public:
-    Client(SimulatedBox &box, ByteMessage image)
-        : m_box(box)
-        , m_image(std::move(image))
-    {}
-
-    End update()
-    {
-        std::uint32_t position = 0;
-        for (requests = 0; position < m_image.size();) {
-            const auto length =
-                std::min<std::size_t>(midi::UpdateBlockSize, m_image.size() - position);
-            reaction = m_box.receive(
-                midi::updateData(Id, position, ByteView(m_image).subspan(position, length)));
-            if (reaction.absence)
-                return End::Unplugged;
-            if (reaction.replies.empty() || !midi::isUpdateResponse(reaction.replies.front(), Id))
-                return End::Silence;
-            const ByteMessage &answer = reaction.replies.front();
-            if (answer[midi::UpdateStatusOffset] == midi::UpdateAccepted) {
-                position += midi::UpdateBlockSize;
-                continue;
-            }
-            position = midi::read28Bit(answer, midi::UpdateResponsePositionOffset);
-            if (++requests > 9)
-                return End::TooManyRequests;
-            if (position >= m_image.size())
-                return End::BeyondEnd;
-        }
-        reaction =
-            m_box.receive(midi::updateDone(Id, static_cast<std::uint32_t>(m_image.size()), 1, 1));
-        return End::Complete;
-    }
-
-    Reaction reaction; ///< the last one
-    unsigned requests = 0;
-
-private:
-    SimulatedBox &m_box;
-    ByteMessage m_image;
-};
-
 bool contains(const Reaction &reaction, const char *event)
 {
     return std::ranges::any_of(reaction.events, [event](const std::string &line) {
@@ -135,52 +75,33 @@ class TestSimulatedBox : public QObject
     Q_OBJECT
 
 private slots:
-    void answers_data()
+    /// tst_goldenbytes shows what is answered.
+    void ignoresWhatIsNotForIt()
     {
-        QTest::addColumn<QByteArray>("request");
-        QTest::addColumn<QByteArray>("reply");
-        const auto row = [](const char *name, const char *request, const char *reply = "") {
-            QTest::newRow(name) << QByteArray(request) << QByteArray(reply);
-        };
-        row("identity", "F0 00 01 5B 03 F7", "F0 00 01 5B 04 1A 11 01 05 F7");
-        row("name", "F0 00 01 5B 05 21 00 F7", "F0 00 01 5B 05 22 00 4F 73 74 72 65 6C F7");
-        row("another box's name", "F0 00 01 5B 06 21 00 F7");
-        row("script", "F0 00 01 5B 05 33 04 00 00 F7",
-            "F0 00 01 5B 05 34 04 00 00 03 00 20 5F 2D 5A 2D 00 68 69 F7");
-        row("unknown block", "F0 00 01 5B 05 33 03 00 00 F7");
-        row("no end", "F0 00 01 5B 05 33 04 00 00 7F");
-        row("identity with more", "F0 00 01 5B 03 00 F7");
-        row("another maker", "F0 00 01 5C 03 F7");
-        row("prefix only", "F0 00 01 5B 05 F7");
-        row("command only", "F0 00 01 5B 05 20 F7");
-        row("program change", "C3 05");
-        row("nothing", "");
-    }
-
-    void answers()
-    {
-        QFETCH(QByteArray, request);
-        QFETCH(QByteArray, reply);
-        BoxProfile small = profile();
-        small.script = {'h', 'i'};
-        SimulatedBox box(small);
-        const auto replies = box.receive(fromHex(request)).replies;
-        QCOMPARE(replies.size(), reply.isEmpty() ? 0U : 1U);
-        QCOMPARE(replies.empty() ? QByteArray() : hex(replies.front()), reply);
+        SimulatedBox box(profile());
+        for (const char *message : {"F0 00 01 5B 06 21 00 F7",       // another box's name
+                                    "F0 00 01 5B 05 33 03 00 00 F7", // unknown block
+                                    "F0 00 01 5B 05 33 04 00 00 7F", // no end
+                                    "F0 00 01 5B 03 00 F7",          // identity with more
+                                    "F0 00 01 5C 03 F7",             // another maker
+                                    "F0 00 01 5B 05 F7",             // prefix only
+                                    "F0 00 01 5B 05 20 F7",          // command only
+                                    "C3 05", ""})
+            QVERIFY2(box.receive(fromHex(message)).replies.empty(), message);
     }
 
     void keepsSettings()
     {
         SimulatedBox box(profile());
         const auto before = readBlock(box, midi::BlockType::Globals);
-        QCOMPARE(before.size(), BoxMemory::RecordLength);
-        QVERIFY(std::ranges::none_of(ByteView(before).first(BoxMemory::ModeOffset),
+        QCOMPARE(before.size(), midi::RecordLength);
+        QVERIFY(std::ranges::none_of(ByteView(before).first(midi::RecordModeOffset),
                                      [](std::uint8_t byte) { return byte == 0; }));
 
         auto written = before;
-        written[BoxMemory::SysexIdOffset] = 9;
-        written[BoxMemory::ModeOffset] = 1;
-        written[BoxMemory::NameOffset] = 'X';
+        written[midi::RecordSysexIdOffset] = 9;
+        written[midi::RecordModeOffset] = 1;
+        written[midi::RecordNameOffset] = 'X';
         const Reaction reaction = box.receive(blockWrite(midi::BlockType::Globals, written));
         QVERIFY(midi::isAcknowledgement(reaction.replies.at(0), Id));
 
@@ -196,36 +117,33 @@ private slots:
 
     void refusesBadWrites_data()
     {
-        QTest::addColumn<ByteMessage>("message");
-        ByteMessage record(BoxMemory::RecordLength);
-        const auto row = [](const char *name, const ByteMessage &message) {
-            QTest::newRow(name) << message;
-        };
+        const Rows<ByteMessage> add;
+        ByteMessage record(midi::RecordLength);
         const ByteMessage good = blockWrite(midi::BlockType::Globals, record);
 
         ByteMessage damaged = good;
         damaged[midi::BlockPayloadOffset + 3] ^= 1U;
-        row("checksum", damaged);
+        add("checksum", damaged);
         ByteMessage lying = good;
         lying[midi::BlockLengthOffset] = lying[midi::BlockLengthOffset + 1] = 0x7F;
-        row("length beyond the frame", lying);
+        add("length beyond the frame", lying);
         ByteMessage huge(HugeFrameLength, 0);
         std::ranges::copy(good, huge.begin());
         huge.back() = midi::SysexEnd;
-        row("longer than any frame", huge);
-        row("half a header", fromHex("F0 00 01 5B 05 31 00 00 F7"));
-        row("short record", blockWrite(midi::BlockType::Globals, ByteView(record).first(255)));
-        row("unknown type", blockWrite(midi::BlockType{3}, record));
-        record[BoxMemory::ModeOffset] = 3;
-        row("unknown mode", blockWrite(midi::BlockType::Globals, record));
-        record[BoxMemory::ModeOffset] = 0;
-        record[BoxMemory::SysexIdOffset] = 128;
-        row("sysex ID of eight bits", blockWrite(midi::BlockType::Globals, record));
+        add("longer than any frame", huge);
+        add("half a header", fromHex("F0 00 01 5B 05 31 00 00 F7"));
+        add("short record", blockWrite(midi::BlockType::Globals, ByteView(record).first(255)));
+        add("unknown type", blockWrite(midi::BlockType{3}, record));
+        record[midi::RecordModeOffset] = 3;
+        add("unknown mode", blockWrite(midi::BlockType::Globals, record));
+        record[midi::RecordModeOffset] = 0;
+        record[midi::RecordSysexIdOffset] = 128;
+        add("sysex ID of eight bits", blockWrite(midi::BlockType::Globals, record));
     }
 
     void refusesBadWrites()
     {
-        QFETCH(ByteMessage, message);
+        const auto [message] = row<ByteMessage>();
         SimulatedBox box(profile());
         const auto before = box.state();
         QVERIFY(contains(box.receive(message), "refused"));
@@ -252,165 +170,95 @@ private slots:
 
     void disturbs_data()
     {
-        QTest::addColumn<QString>("options");
-        QTest::addColumn<std::size_t>("replies");
-        QTest::addColumn<std::size_t>("usable"); // of which a client can read the script
-        QTest::addColumn<std::size_t>("longest");
-
+        // Replies, those of which a client can read the script, the longest one
+        const Rows<QString, std::size_t, std::size_t, std::size_t> add;
         const std::size_t whole = midi::mcoded7Length(Script.size()) + midi::FrameOverhead;
-        QTest::newRow("healthy") << "" << 1UL << 1UL << whole;
-        QTest::newRow("mute") << "--mute" << 0UL << 0UL << 0UL;
-        QTest::newRow("wrong once") << "--wrong-crc once" << 2UL << 1UL << whole;
-        QTest::newRow("wrong always") << "--wrong-crc always" << 1UL << 0UL << whole;
-        QTest::newRow("foreign") << "--foreign-sysex-id" << 1UL << 0UL << whole;
-        QTest::newRow("flood") << "--flood 50" << 51UL << 1UL << whole;
-        QTest::newRow("mute flood") << "--flood 50 --mute" << 50UL << 0UL << 10UL;
-        QTest::newRow("lying") << "--lying-length" << 1UL << 0UL << whole;
-        QTest::newRow("huge") << "--huge-frame" << 1UL << 0UL << HugeFrameLength;
-        QTest::newRow("truncated") << "--truncated-frame" << 1UL << 0UL << whole / 2 + 1;
-        QTest::newRow("twice") << "--twice" << 2UL << 2UL << whole;
+        add("healthy", "", 1, 1, whole);
+        add("mute", "--mute", 0, 0, 0);
+        add("wrong once", "--wrong-crc once", 2, 1, whole);
+        add("wrong always", "--wrong-crc always", 1, 0, whole);
+        add("foreign", "--foreign-sysex-id", 1, 0, whole);
+        add("flood", "--flood 50", 51, 1, whole);
+        add("mute flood", "--flood 50 --mute", 50, 0, 10);
+        add("lying", "--lying-length", 1, 0, whole);
+        add("huge", "--huge-frame", 1, 0, HugeFrameLength);
+        add("truncated", "--truncated-frame", 1, 0, whole / 2 + 1);
+        add("twice", "--twice", 2, 2, whole);
     }
 
     void disturbs()
     {
-        QFETCH(QString, options);
+        const auto [options, count, usable, longest] =
+            row<QString, std::size_t, std::size_t, std::size_t>();
         SimulatedBox box(profile());
         box.setFaults(faults(options));
         const auto replies =
             box.receive(midi::blockReadRequest(Id, midi::BlockType::Script)).replies;
-        std::size_t usable = 0;
-        std::size_t longest = 0;
+        std::size_t usableSeen = 0;
+        std::size_t longestSeen = 0;
         for (const ByteMessage &reply : replies) {
             const auto script = payload(reply, midi::BlockType::Script);
-            usable += std::ranges::equal(script, profile().script) ? 1 : 0;
-            longest = std::max(longest, reply.size());
+            usableSeen += std::ranges::equal(script, profile().script) ? 1 : 0;
+            longestSeen = std::max(longestSeen, reply.size());
             QVERIFY(reply.front() >= 0x80);
         }
-        QTEST(replies.size(), "replies");
-        QTEST(usable, "usable");
-        QTEST(longest, "longest");
+        QCOMPARE(replies.size(), count);
+        QCOMPARE(usableSeen, usable);
+        QCOMPARE(longestSeen, longest);
     }
 
-    void refusesBadOptions_data()
+    void refusesBadOptions()
     {
-        QTest::addColumn<QString>("options");
         for (const char *options :
              {"--nonsense", "5", "--sysex-id", "--sysex-id 128", "--product -1", "--slow soon",
               "--version 1.16.0", "--version 1.1", "--wrong-crc never", "--script /nonexistent",
               "--name a_name_of_one_byte_more_than_31_", "--boxes 2 --sysex-id 127", "--jack-names",
               "--pace 3", "--usb --pace 0", "--usb --pace -1", "--usb --pace nan",
-              "--usb --pace fast", "--usb --pace inf"})
-            QTest::newRow(options) << QString(options);
-    }
-
-    void refusesBadOptions()
-    {
-        QFETCH(QString, options);
-        const QStringList arguments = QString("ostrel-box " + options).split(' ');
-        QVERIFY(std::holds_alternative<UsageError>(parseOptions(arguments)));
-    }
-
-    void takesFirmware_data()
-    {
-        QTest::addColumn<QString>("options");
-        QTest::addColumn<int>("end");
-        QTest::addColumn<unsigned>("requests");
-
-        const auto row = [](const char *name, const char *options, End end, unsigned requests) {
-            QTest::newRow(name) << QString(options) << static_cast<int>(end) << requests;
-        };
-        row("healthy", "", End::Complete, 0);
-        row("drops a block", "--drop-block 2", End::Complete, 1);
-        row("nine requests", "--repeat-request 9", End::Complete, 9);
-        row("ten requests", "--repeat-request 10", End::TooManyRequests, 10);
-        row("beyond the end", "--ask-beyond-end 3", End::BeyondEnd, 1);
-        row("silent", "--silent-at 2", End::Silence, 0);
-        row("unplugged", "--unplug-at 3", End::Unplugged, 0);
-        row("another box", "--foreign-sysex-id", End::Silence, 0);
-    }
-
-    void takesFirmware()
-    {
-        QFETCH(QString, options);
-        QFETCH(int, end);
-        const auto firmware = firmwarePayload(3 * midi::UpdateBlockSize + 100);
-        BoxProfile old = profile();
-        old.version = {1, 1, 0};
-        old.expectedFirmware = firmware;
-        SimulatedBox box(old);
-        box.setFaults(faults(options));
-        Client client(box, firmware::encipherPayload(firmware));
-
-        // Nothing is taken before the restart into the bootloader.
-        QCOMPARE(client.update(), End::Silence);
-        const Reaction restart = box.receive(midi::updateRequest(Id));
-        QVERIFY(restart.absence && restart.absence->offBus);
-        (void)box.comeBack();
-        QCOMPARE(box.receive(midi::identityRequest()).replies.at(0),
-                 midi::identityReply({26, Id, midi::BootloaderVersion}));
-
-        QCOMPARE(static_cast<int>(client.update()), end);
-        QTEST(client.requests, "requests");
-        if (end != static_cast<int>(End::Complete)) {
-            // Whatever went wrong, the next attempt works.
-            if (box.isAbsent())
-                (void)box.comeBack();
-            (void)box.receive(midi::updateCancel(Id));
-            box.setFaults({});
-            QCOMPARE(client.update(), End::Complete);
+              "--usb --pace fast", "--usb --pace inf"}) {
+            const QStringList arguments = QString("ostrel-box %1").arg(options).split(' ');
+            QVERIFY2(std::holds_alternative<UsageError>(parseOptions(arguments)), options);
         }
-        QVERIFY(contains(client.reaction, "match=yes"));
-        QVERIFY(client.reaction.absence && client.reaction.absence->offBus);
-        (void)box.comeBack();
-        QCOMPARE(box.receive(midi::identityRequest()).replies.at(0),
-                 midi::identityReply({26, Id, {1, 1, 1}}));
     }
 
-    void staysInBootloader()
+    void startsNoOtherFirmware()
     {
         BoxProfile stuck = inBootloader();
-        stuck.expectedFirmware = firmwarePayload(midi::UpdateBlockSize + 1);
+        stuck.expectedFirmware = ByteMessage(8, 0xFF);
         SimulatedBox box(stuck);
         QVERIFY(readBlock(box, midi::BlockType::Script).empty());
-
-        const ByteMessage block = firmwarePayload(midi::UpdateBlockSize);
-        (void)box.receive(midi::updateData(Id, 0, block));
-        const Reaction done = box.receive(midi::updateDone(Id, midi::UpdateBlockSize, 1, 1));
+        (void)box.receive(midi::updateData(Id, 0, ByteMessage(8, 0xFF))); // not enciphered
+        const Reaction done = box.receive(midi::updateDone(Id, {8, 1, 2}));
         QVERIFY(contains(done, "match=no") && !done.absence);
-
-        // Done with a length that did not arrive, and before anything did.
-        (void)box.receive(midi::updateData(Id, 0, block));
-        QVERIFY(contains(box.receive(midi::updateDone(Id, 1020, 1, 1)), "firmware refused"));
-        (void)box.receive(midi::updateCancel(Id));
-        QVERIFY(contains(box.receive(midi::updateDone(Id, 0, 1, 1)), "firmware refused"));
+        QVERIFY(contains(box.receive(midi::updateDone(Id, {0, 1, 2})), "firmware refused"));
     }
 
     void asksAgainForDamagedBlocks_data()
     {
-        QTest::addColumn<ByteMessage>("message");
-        const ByteMessage good = midi::updateData(Id, 512, firmwarePayload(midi::UpdateBlockSize));
+        const Rows<ByteMessage> add;
+        const ByteMessage good = midi::updateData(Id, 512, ByteMessage(512, 0xA5));
         const auto changed = [&](const char *name, std::size_t offset) {
             ByteMessage message = good;
             message[offset] ^= 1U;
-            QTest::newRow(name) << message;
+            add(name, message);
         };
-        changed("position", midi::UpdatePositionOffset);
-        changed("length", midi::UpdateLengthOffset);
-        changed("encoded length", midi::UpdateEncodedLengthOffset);
-        changed("checksum", midi::UpdateCrcOffset);
-        changed("data", midi::UpdateDataOffset + 100);
+        changed("position", 7);
+        changed("length", 11);
+        changed("encoded length", 15);
+        changed("checksum", 19);
+        changed("data", 123);
         ByteMessage cut = good;
         cut.erase(cut.end() - 2);
-        QTest::newRow("cut") << cut;
-        QTest::newRow("the block after it") << midi::updateData(Id, 1024, firmwarePayload(512));
+        add("cut", cut);
+        add("the block after it", midi::updateData(Id, 1024, ByteMessage(512, 0xA5)));
     }
 
     void asksAgainForDamagedBlocks()
     {
-        QFETCH(ByteMessage, message);
+        const auto [message] = row<ByteMessage>();
         SimulatedBox box(inBootloader());
-        (void)box.receive(midi::updateData(Id, 0, firmwarePayload(midi::UpdateBlockSize)));
-        QCOMPARE(box.receive(message).replies.at(0), midi::updateResponse(Id, 0, 512));
+        (void)box.receive(midi::updateData(Id, 0, ByteMessage(512, 0xA5)));
+        QCOMPARE(hex(box.receive(message).replies.at(0)),
+                 QByteArray("F0 00 01 5B 05 20 02 00 00 04 00 00 F7"));
     }
 };
 
