@@ -16,22 +16,45 @@ namespace midi
 class MessageInbox
 {
 public:
-    using Push = std::function<void(const ByteMessage &)>;
     /// `push` is called on the library's thread, and only while the inbox is pushing.
-    explicit MessageInbox(Push push)
+    explicit MessageInbox(std::function<void(const ByteMessage &)> push)
         : m_push(std::move(push))
     {}
 
     /// True: messages are pushed. False, as at first: they wait, at most 100; more are dropped.
-    void setPushing(bool enabled);
-    /// Takes the oldest waiting message. False, with an empty message, when there is none or when
-    /// messages are pushed.
-    [[nodiscard]] bool take(ByteMessage &message);
+    void setPushing(bool enabled)
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_pushing = enabled;
+    }
+    /// Takes the oldest waiting message. False when there is none or when messages are pushed.
+    [[nodiscard]] bool take(ByteMessage &message)
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (m_pushing || m_waiting.empty())
+            return false;
+        message = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        return true;
+    }
     /// Empty messages are dropped.
-    void receive(const ByteMessage &message);
+    void receive(const ByteMessage &message)
+    {
+        if (!message.empty() && !keep(message))
+            m_push(message);
+    }
 
 private:
-    const Push m_push;
+    /// False when messages are to be pushed.
+    [[nodiscard]] bool keep(const ByteMessage &message)
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (!m_pushing && m_waiting.size() < 100)
+            m_waiting.push_back(message);
+        return !m_pushing;
+    }
+
+    const std::function<void(const ByteMessage &)> m_push;
     std::mutex m_mutex; ///< guards what follows
     std::deque<ByteMessage> m_waiting;
     bool m_pushing = false;

@@ -6,9 +6,8 @@
 namespace midi
 {
 
-/// Tells a slow device from a silent one, by the bytes that moved to and from it (see
-/// MidiClients::movedBytes()). Whoever waits for an answer asks this each time that patience runs
-/// out, and waits on when it says so.
+/// Tells a slow box from a silent one, by QtRtMIDI::movedBytes(). Whoever waits for an answer asks
+/// this each time that patience runs out, and waits on when it says so.
 class MovingBytes
 {
 public:
@@ -17,10 +16,9 @@ public:
         : m_last(count)
     {}
 
-    /// Whether at least a byte a millisecond moved since the last call, which was `passed` ago:
-    /// less is a clock or the like and no answer. False for good once the largest frame had the
-    /// time to come at the pace of an old MIDI plug, since a device may send other things without
-    /// an end.
+    /// Whether at least a byte a millisecond moved since the last call, which was `passed` ago, as
+    /// less is no answer. False for good once the largest frame had the time to come from an old
+    /// MIDI plug.
     [[nodiscard]] constexpr bool stillMove(std::uint64_t count, std::chrono::milliseconds passed)
     {
         constexpr std::chrono::milliseconds LongestWait{4500};

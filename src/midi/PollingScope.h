@@ -14,8 +14,7 @@ public:
         m_link.flushInput();
     }
     ~PollingScope() { m_link.setCallbackMode(true); }
-    PollingScope(const PollingScope &) = delete;
-    PollingScope &operator=(const PollingScope &) = delete;
+    Q_DISABLE_COPY_MOVE(PollingScope)
 
 private:
     QtRtMIDI &m_link;

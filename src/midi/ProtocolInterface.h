@@ -14,16 +14,13 @@ class ProtocolInterface
 {
 public:
     using Message = std::vector<uint8_t>;
-
     static constexpr std::uint8_t NoSysexID = 0xFF; ///< equals no 7-bit ID
 
     void setAltSysexID(uint8_t id) { m_altSysexId = id; }
-
     [[nodiscard]] static bool isZEVSysexMsg(const Message &msg) { return isSysex(msg); }
     [[nodiscard]] static bool isPgmChange(const Message &msg) { return isProgramChange(msg); }
 
     // These compare with the current sysex ID, the first one with the alternate one as well.
-
     [[nodiscard]] bool isOurZEVSysexMsg(const Message &msg) const
     {
         return isSysex(msg) &&
@@ -50,15 +47,13 @@ public:
         return updateCommand(msg, m_sysexId) == UpdateCommand::Response && readUpdateResponse(msg);
     }
 
-    /// The table is a compile-time constant, so there is nothing left to fill.
-    static void genCRCTable() {}
+    static void genCRCTable() {} ///< it is a compile-time constant
     [[nodiscard]] static uint32_t calcCRC(const uint8_t *data, uint32_t length, uint32_t initial)
     {
         return calcCrc({data, length}, initial);
     }
 
     // Capacities are bytes on entry and the number of bytes written on return.
-
     static bool encodeMCoded7(const uint8_t *input, uint32_t length, uint8_t *output,
                               uint32_t &capacity)
     {
@@ -85,10 +80,7 @@ public:
     [[nodiscard]] static uint16_t convert14To16Bit(uint16_t v) { return midi::convert14To16Bit(v); }
     [[nodiscard]] static uint32_t convert32To28Bit(uint32_t v) { return midi::convert32To28Bit(v); }
     [[nodiscard]] static uint32_t convert28To32Bit(uint32_t v) { return midi::convert28To32Bit(v); }
-    static void convertToVector(Message &message, const uint8_t *bytes, uint32_t length)
-    {
-        message.assign(bytes, bytes + length);
-    }
+    static void convertToVector(Message &m, const uint8_t *p, uint32_t n) { m.assign(p, p + n); }
     /// Makes `message` the body of one for the box.
     void prependDataHeader(Message &message) const
     {

@@ -12,8 +12,6 @@ namespace
 
 Q_LOGGING_CATEGORY(lcMidi, "ostrel.midi", QtInfoMsg)
 
-constexpr auto AttemptInterval = 3s;
-
 /// Without those that are ours, or those of another editor: they come and go with what is opened.
 std::vector<std::string> namesOfOthers(const std::vector<midi::Port> &ports)
 {
@@ -23,11 +21,6 @@ std::vector<std::string> namesOfOthers(const std::vector<midi::Port> &ports)
             names.push_back(port.name);
     }
     return names;
-}
-
-bool contains(const std::vector<std::string> &names, const std::string &name)
-{
-    return std::ranges::find(names, name) != names.end();
 }
 
 } // namespace
@@ -45,19 +38,18 @@ QtRtMIDI::~QtRtMIDI()
     m_inbox->setPushing(false);
 }
 
-/// The back end, made where there is none. Null without a service, which is not looked for each
-/// time.
+/// Made where there is none. Null without a service, which is looked for now and then.
 midi::Backend *QtRtMIDI::backend()
 {
     if (m_backend && m_backend->isGone()) {
         closePort();
         m_backend.reset();
         m_error = "the MIDI service has ended";
-        m_nextAttempt.setRemainingTime(AttemptInterval);
+        m_nextAttempt.setRemainingTime(3s);
     }
     if (m_backend || !m_nextAttempt.hasExpired())
         return m_backend.get();
-    m_nextAttempt.setRemainingTime(AttemptInterval);
+    m_nextAttempt.setRemainingTime(3s);
     midi::ErrorText error;
     m_backend = midi::Backend::make(
         {}, [inbox = m_inbox](const Message &message) { inbox->receive(message); }, error);
@@ -79,13 +71,12 @@ bool QtRtMIDI::succeeded(const midi::ErrorText &error)
 
 void QtRtMIDI::scanPorts(const char *inName, const char *outName)
 {
-    if (!inName || !outName) {
-        listPairs(false, true);
-        return;
+    const bool named = inName && outName;
+    if (named) {
+        m_namedInput = inName;
+        m_namedOutput = outName;
     }
-    m_namedInput = inName;
-    m_namedOutput = outName;
-    listPairs(true, false);
+    listPairs(named, !named);
 }
 
 void QtRtMIDI::scanAllPorts()
@@ -108,11 +99,6 @@ void QtRtMIDI::listPairs(bool named, bool equal)
             std::ranges::move(midi::pairPorts(ports), std::back_inserter(m_pairs));
     }
     emit portListChanged();
-}
-
-int QtRtMIDI::portCount() const
-{
-    return static_cast<int>(m_pairs.size());
 }
 
 const char *QtRtMIDI::portName(unsigned index)
@@ -146,11 +132,6 @@ bool QtRtMIDI::selectPort(unsigned index)
     return true;
 }
 
-bool QtRtMIDI::isSelected(unsigned index) const
-{
-    return m_selected == index && portsReady();
-}
-
 void QtRtMIDI::closePort()
 {
     m_selected.reset();
@@ -159,11 +140,6 @@ void QtRtMIDI::closePort()
     m_openPair.reset();
     succeeded(m_backend->close());
     emit addresseeChanged();
-}
-
-bool QtRtMIDI::portsReady() const
-{
-    return m_openPair && !m_backend->isGone();
 }
 
 midi::PortNames QtRtMIDI::portNames()
@@ -176,31 +152,21 @@ midi::PortNames QtRtMIDI::portNames()
 
 bool QtRtMIDI::isOpenAmong(const midi::PortNames &names) const
 {
-    return m_openPair && contains(names.inputs, m_openPair->input.name) &&
-           contains(names.outputs, m_openPair->output.name);
-}
-
-void QtRtMIDI::setCallbackMode(bool enabled)
-{
-    m_inbox->setPushing(enabled);
+    return m_openPair && std::ranges::count(names.inputs, m_openPair->input.name) > 0 &&
+           std::ranges::count(names.outputs, m_openPair->output.name) > 0;
 }
 
 /// Hands a message to whoever listens. Called on a thread of the MIDI library, or, for texts that
 /// came in polling mode, on the GUI thread.
 void QtRtMIDI::receive(const Message &message)
 {
-    switch (midi::classify(message)) {
-    case midi::Arrival::Foreign:
-        return;
-    case midi::Arrival::Text: {
-        const midi::ByteView text = midi::readText(message);
+    const midi::Arrival arrival = midi::classify(message);
+    const midi::ByteView text = midi::readText(message);
+    if (arrival == midi::Arrival::Text)
         emitMessageSignal(QString::fromLatin1(reinterpret_cast<const char *>(text.data()),
                                               static_cast<qsizetype>(text.size())));
-        return;
-    }
-    case midi::Arrival::Other:
+    else if (arrival == midi::Arrival::Other)
         emitIncomingDataSignal(message);
-    }
 }
 
 bool QtRtMIDI::receiveMessage(Message &message)

@@ -12,34 +12,9 @@
 
 using namespace std::chrono_literals;
 
-namespace
+bool QtRtMIDI::sendReadReq(midi::BlockType type)
 {
-
-constexpr auto LookInterval = 1ms;
-constexpr auto SettingsPatience = 100ms;
-/// A box on full-speed USB usually sends 48 bytes a millisecond: 171 ms for the largest frame.
-constexpr auto ScriptPatience = 500ms;
-
-} // namespace
-
-bool QtRtMIDI::sendIDReq()
-{
-    return sendMessage(midi::identityRequest());
-}
-
-bool QtRtMIDI::sendNameReq(uint8_t id)
-{
-    return sendMessage(midi::nameRequest(id));
-}
-
-bool QtRtMIDI::sendGlobalsReq()
-{
-    return sendMessage(midi::blockReadRequest(m_sysexId, midi::BlockType::Globals));
-}
-
-bool QtRtMIDI::sendScriptReq()
-{
-    return sendMessage(midi::blockReadRequest(m_sysexId, midi::BlockType::Script));
+    return sendMessage(midi::blockReadRequest(m_sysexId, type));
 }
 
 const uint8_t *QtRtMIDI::getGlobals()
@@ -59,7 +34,7 @@ QVariant QtRtMIDI::getScript()
 bool QtRtMIDI::readBlock(midi::BlockType type)
 {
     const PollingScope polling(*this);
-    return sendMessage(midi::blockReadRequest(m_sysexId, type)) && awaitBlock(type);
+    return sendReadReq(type) && awaitBlock(type);
 }
 
 void QtRtMIDI::dropScriptAnswers(int count)
@@ -75,7 +50,8 @@ void QtRtMIDI::dropScriptAnswers(int count)
 bool QtRtMIDI::awaitBlock(midi::BlockType type)
 {
     const bool isScript = type == midi::BlockType::Script;
-    const std::chrono::milliseconds patience = isScript ? ScriptPatience : SettingsPatience;
+    // A box on full-speed USB usually sends 48 bytes a millisecond: 171 ms for the largest frame.
+    const auto patience = isScript ? 500ms : 100ms;
     QDeadlineTimer deadline(patience);
     midi::MovingBytes bytes(movedBytes());
     Message message;
@@ -86,7 +62,7 @@ bool QtRtMIDI::awaitBlock(midi::BlockType type)
                     return false;
                 deadline.setRemainingTime(patience);
             }
-            std::this_thread::sleep_for(LookInterval);
+            std::this_thread::sleep_for(1ms);
         } else if (midi::isDataBlock(message, m_sysexId, type)) {
             auto payload = midi::readDataBlock(message);
             if (payload && (isScript || payload->size() == midi::RecordLength)) {
@@ -107,11 +83,6 @@ bool QtRtMIDI::sendSettingsBlock(int blockType, const uint8_t *data, uint32_t le
     return frame && sendMessage(*frame);
 }
 
-bool QtRtMIDI::sendUpdateReq()
-{
-    return sendMessage(midi::updateRequest(m_sysexId));
-}
-
 bool QtRtMIDI::sendUpdateData(uint32_t position, uint32_t length, const uint8_t *data)
 {
     return sendMessage(midi::updateData(m_sysexId, position, {data, length}));
@@ -120,9 +91,4 @@ bool QtRtMIDI::sendUpdateData(uint32_t position, uint32_t length, const uint8_t 
 bool QtRtMIDI::sendUpdateDone(uint32_t length, uint8_t doneParam1, uint8_t doneParam2)
 {
     return sendMessage(midi::updateDone(m_sysexId, {length, doneParam1, doneParam2}));
-}
-
-bool QtRtMIDI::sendUpdateCancel()
-{
-    return sendMessage(midi::updateCancel(m_sysexId));
 }

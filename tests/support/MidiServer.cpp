@@ -1,6 +1,6 @@
 #include "support/MidiServer.h"
 
-#include "midi/backend/JackServer.h"
+#include "jack/JackServer.h"
 #include "support/ChildProcess.h"
 
 #include <QDeadlineTimer>

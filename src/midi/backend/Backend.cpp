@@ -1,8 +1,8 @@
 #include "midi/backend/Backend.h"
 
-#include "midi/backend/AlsaKernel.h"
-#include "midi/backend/AlsaPorts.h"
-#include "midi/backend/JackServer.h"
+#include "alsa/AlsaKernel.h"
+#include "alsa/AlsaPorts.h"
+#include "jack/JackServer.h"
 #include "midi/protocol/DataBlock.h"
 
 #include <RtMidi.h>
@@ -21,22 +21,15 @@ namespace
 
 constexpr char ApiVariable[] = "OSTREL_MIDI_API";
 constexpr char ServiceEnded[] = "the MIDI service has ended";
-
 /// Two cycles of a server with large buffers. What is sent sooner after a port was opened is lost.
 constexpr std::chrono::milliseconds JackSettlingTime{20};
 
-NameStyle nameStyle(RtMidi::Api api)
+NameStyle nameStyleOf(RtMidi::Api api)
 {
-    switch (api) {
-    case RtMidi::LINUX_ALSA:
-        return NameStyle::Alsa;
-    case RtMidi::UNIX_JACK:
-        return NameStyle::Jack;
-    case RtMidi::WINDOWS_MM:
-        return NameStyle::WinMM;
-    default:
-        return NameStyle::Undecorated;
-    }
+    return api == RtMidi::LINUX_ALSA   ? NameStyle::Alsa
+           : api == RtMidi::UNIX_JACK  ? NameStyle::Jack
+           : api == RtMidi::WINDOWS_MM ? NameStyle::WinMM
+                                       : NameStyle::Undecorated;
 }
 
 /// Runs a piece of work with the library and gives the text of the error that ended it, if any.
@@ -47,13 +40,12 @@ ErrorText errorOf(Work &&work)
         work();
         return {};
     } catch (const std::exception &error) {
-        const std::string text = error.what();
-        return text.empty() ? "the MIDI library failed without a reason" : text;
+        return *error.what() ? error.what() : "the MIDI library failed without a reason";
     }
 }
 
-/// Keeps what the library complains of while this exists. Without it, the library prints warnings,
-/// and on ALSA and macOS each failed send is one.
+/// Keeps what the library complains of while this exists, since on ALSA and macOS a failed send is
+/// but a warning, which the library prints otherwise.
 class ErrorTrap
 {
 public:
@@ -65,7 +57,6 @@ public:
     ~ErrorTrap() { m_client.setErrorCallback(nullptr, nullptr); }
     ErrorTrap(const ErrorTrap &) = delete;
     ErrorTrap &operator=(const ErrorTrap &) = delete;
-
     [[nodiscard]] const std::string &text() const { return m_text; }
 
 private:
@@ -119,8 +110,8 @@ std::vector<RtMidi::Api> candidates(ErrorText &error)
         const RtMidi::Api api = RtMidi::getCompiledApiByName(requested);
         if (api != RtMidi::UNSPECIFIED)
             return {api};
-        error = std::string(ApiVariable) + " names no MIDI back end of this build: \"" +
-                requested + '"';
+        error = std::string(ApiVariable) + " names no MIDI back end of this build: \"" + requested +
+                '"';
     }
     std::vector<RtMidi::Api> apis;
     RtMidi::getCompiledApi(apis);
@@ -139,10 +130,8 @@ struct Backend::Input
     {
         client.ignoreTypes(false, true, true);
 #ifdef OSTREL_RTMIDI_HAS_SET_BUFFER_SIZE
-        // A sysex of the full frame length is to arrive in one piece where the system hands it over
-        // in buffers of a fixed size.
-        constexpr unsigned BufferCount = 4;
-        client.setBufferSize(MaxFrameLength, BufferCount);
+        // A frame is to arrive in one piece where the system fills buffers of a fixed size.
+        client.setBufferSize(MaxFrameLength, /*count*/ 4);
 #endif
         client.setCallback([](double, ByteMessage *message,
                               void *self) { static_cast<Input *>(self)->receiver(*message); },
@@ -153,22 +142,15 @@ struct Backend::Input
     Receiver receiver;
 };
 
-struct Backend::Output
-{
-    RtMidiOut client;
-};
-
 Backend::Backend() = default;
 
-std::unique_ptr<Backend> Backend::make(const ClientNames &names, Receiver receiver,
+std::unique_ptr<Backend> Backend::make(const ClientNames &names, const Receiver &receiver,
                                        ErrorText &error)
 {
-    // The library's own choice is no use: it throws where ALSA cannot be opened, and leaves ALSA
-    // for JACK while no device is plugged in.
+    // The library's own choice leaves ALSA for JACK while no device is plugged in.
     for (const RtMidi::Api api : candidates(error)) {
         std::unique_ptr<Backend> backend(new Backend);
-        backend->m_receiver = receiver;
-        const ErrorText failure = errorOf([&] { backend->makeClients(api, names); });
+        const ErrorText failure = errorOf([&] { backend->makeClients(api, names, receiver); });
         if (failure.empty())
             return backend;
         error = failure;
@@ -178,31 +160,28 @@ std::unique_ptr<Backend> Backend::make(const ClientNames &names, Receiver receiv
     return nullptr;
 }
 
-void Backend::makeClients(int api, const ClientNames &names)
+void Backend::makeClients(int apiNumber, const ClientNames &names, const Receiver &receiver)
 {
-    m_api = api;
-    m_names = names;
+    const auto api = static_cast<RtMidi::Api>(apiNumber);
     if (api == RtMidi::UNIX_JACK) {
         // The library takes JACK without a server, too, but then has no ports and never gets any.
         m_jack = JackServer::connect(names.watch);
         if (!m_jack)
             throw RtMidiError("no JACK server is running", RtMidiError::DRIVER_ERROR);
     }
-    makeInput();
-    m_output.reset(new Output{RtMidiOut(static_cast<RtMidi::Api>(api), names.output)});
-    m_style = midi::nameStyle(m_input->client.getCurrentApi());
+    m_makeInput = [api, name = names.input, receiver] {
+        return std::make_unique<Input>(api, name, receiver);
+    };
+    m_input = m_makeInput();
+    m_output = std::make_unique<RtMidiOut>(api, names.output);
+    m_style = nameStyleOf(m_input->client.getCurrentApi());
     m_name = RtMidi::getApiDisplayName(m_input->client.getCurrentApi());
     if (m_jack) {
         requireClient(m_input->client);
-        requireClient(m_output->client);
+        requireClient(*m_output);
     } else if (m_style == NameStyle::Alsa) {
         enlargeAlsaInputPools();
     }
-}
-
-void Backend::makeInput()
-{
-    m_input = std::make_unique<Input>(static_cast<RtMidi::Api>(m_api), m_names.input, m_receiver);
 }
 
 /// The library, up to 6.0 at least, frees the output's buffer before it ends JACK's thread that
@@ -227,7 +206,7 @@ ErrorText Backend::listPorts(PortLists &ports)
         if (isGone())
             throw RtMidiError(ServiceEnded);
         ports.inputs = portsOf(m_input->client, m_style);
-        ports.outputs = portsOf(m_output->client, m_style);
+        ports.outputs = portsOf(*m_output, m_style);
     });
 }
 
@@ -237,10 +216,10 @@ ErrorText Backend::open(const Port &input, const Port &output)
         return ServiceEnded;
     Port in;
     Port out;
-    ErrorText error = errorOf([&] { in = openPort(m_input->client, m_style, input); });
-    if (!error.empty())
-        return error;
-    error = errorOf([&] { out = openPort(m_output->client, m_style, output); });
+    ErrorText error = errorOf([&] {
+        in = openPort(m_input->client, m_style, input);
+        out = openPort(*m_output, m_style, output);
+    });
     if (!error.empty()) {
         closeInput();
         return error;
@@ -257,7 +236,7 @@ ErrorText Backend::openVirtual(const std::string &input, const std::string &outp
 {
     m_open = true; // one of them may be, even when the other is not
     return errorOf([&] {
-        m_output->client.openVirtualPort(output);
+        m_output->openVirtualPort(output);
         m_input->client.openVirtualPort(input);
     });
 }
@@ -274,7 +253,7 @@ ErrorText Backend::close()
     awaitQuiet();
     const ErrorText inputError = closeInput();
     awaitQuiet(); // closing a port is a change for the other client
-    const ErrorText outputError = errorOf([this] { m_output->client.closePort(); });
+    const ErrorText outputError = errorOf([this] { m_output->closePort(); });
     return inputError.empty() ? outputError : inputError;
 }
 
@@ -288,7 +267,7 @@ ErrorText Backend::closeInput()
         return error;
     givenUp->push_back(std::move(m_input));
     // Without a new one, the whole is gone.
-    static_cast<void>(errorOf([this] { makeInput(); }));
+    static_cast<void>(errorOf([this] { m_input = m_makeInput(); }));
     return error;
 }
 
@@ -305,9 +284,8 @@ ErrorText Backend::send(ByteView message)
 
 ErrorText Backend::sendPiece(ByteView piece)
 {
-    const ErrorTrap trap(m_output->client);
-    const ErrorText error =
-        errorOf([&] { m_output->client.sendMessage(piece.data(), piece.size()); });
+    const ErrorTrap trap(*m_output);
+    ErrorText error = errorOf([&] { m_output->sendMessage(piece.data(), piece.size()); });
     return error.empty() ? trap.text() : error;
 }
 

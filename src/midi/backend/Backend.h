@@ -8,6 +8,8 @@
 #include <memory>
 #include <string>
 
+class RtMidiOut;
+
 namespace midi
 {
 
@@ -35,12 +37,12 @@ public:
     /// Called with each message that arrives, on a thread of the MIDI library.
     using Receiver = std::function<void(ByteMessage &)>;
 
-    /// The first back end that works, ALSA before JACK; null without any. JACK without a server does
-    /// not count as working. The environment variable OSTREL_MIDI_API names the one to try instead.
-    /// `error` says what failed on the way. Takes some milliseconds on ALSA, a tenth of a second on
-    /// JACK.
-    [[nodiscard]] static std::unique_ptr<Backend> make(const ClientNames &names, Receiver receiver,
-                                                       ErrorText &error);
+    /// The first back end that works, ALSA before JACK; null without any. JACK without a server
+    /// does not count as working. The environment variable OSTREL_MIDI_API names the one to try
+    /// instead. `error` says what failed on the way. Takes some milliseconds on ALSA, a tenth of a
+    /// second on JACK.
+    [[nodiscard]] static std::unique_ptr<Backend> make(const ClientNames &names,
+                                                       const Receiver &receiver, ErrorText &error);
     /// Closes what is open. Takes a second for a JACK server that ended.
     ~Backend();
     Backend(const Backend &) = delete;
@@ -60,31 +62,26 @@ public:
 
     /// Sends one whole message. Blocks while the device makes room for it; see AlsaPorts.
     [[nodiscard]] ErrorText send(ByteView message);
-    /// Counts the bytes that moved between the system and the device while the ports were open; 0
-    /// where the system does not tell.
+    /// Counts the bytes that moved between system and device; 0 where the system does not tell.
     [[nodiscard]] std::uint64_t movedBytes() const;
     /// The service has ended, or takes no new input: time for another Backend.
     [[nodiscard]] bool isGone() const;
 
 private:
     struct Input;
-    struct Output;
 
     Backend();
-    void makeClients(int api, const ClientNames &names);
-    void makeInput();
+    void makeClients(int apiNumber, const ClientNames &names, const Receiver &receiver);
     void awaitQuiet() const;
     ErrorText closeInput();
     [[nodiscard]] ErrorText sendPiece(ByteView piece);
 
-    ClientNames m_names;
-    Receiver m_receiver;
     std::string m_name;
-    int m_api = 0; ///< RtMidi::Api
+    std::function<std::unique_ptr<Input>()> m_makeInput;
     NameStyle m_style = NameStyle::Undecorated;
     std::unique_ptr<JackServer> m_jack; ///< on JACK only
     std::unique_ptr<Input> m_input;     ///< null once it was given up
-    std::unique_ptr<Output> m_output;
+    std::unique_ptr<RtMidiOut> m_output;
     std::unique_ptr<AlsaPorts> m_alsa; ///< on ALSA, while ports are open
     bool m_open = false;
 };

@@ -13,15 +13,7 @@ std::optional<unsigned> parseNumber(std::string_view digits)
     unsigned value = 0;
     const char *end = digits.data() + digits.size();
     const auto [stop, error] = std::from_chars(digits.data(), end, value);
-    if (error != std::errc{} || stop != end)
-        return std::nullopt;
-    return value;
-}
-
-std::string_view withoutClient(std::string_view name)
-{
-    const std::size_t colon = name.find(':');
-    return colon == std::string_view::npos ? name : name.substr(colon + 1);
+    return error == std::errc{} && stop == end ? std::optional(value) : std::nullopt;
 }
 
 /// Takes "N:M" off the end of `name`, with the blank before it.
@@ -39,20 +31,16 @@ std::optional<AlsaAddress> takeAlsaAddress(std::string_view &name)
     return AlsaAddress{*client, *port};
 }
 
-/// Whether Windows would call this port of ALSA so.
-bool isWindowsName(const Port &port, std::string_view wanted)
+/// What Windows would call this port of ALSA, if `direction` is its own.
+bool isWindowsName(const Port &port, std::string_view wanted, const char *direction)
 {
     if (!port.alsa)
         return false;
-    const std::string number = std::to_string(port.alsa->port + 1);
-    return std::ranges::any_of(std::array{"MIDIIN", "MIDIOUT"}, [&](const char *direction) {
-        const std::string start = direction + number + " (";
-        if (!wanted.starts_with(start) || !wanted.ends_with(')'))
-            return false;
-        const std::string_view device =
-            wanted.substr(start.size(), wanted.size() - start.size() - 1);
-        return !device.empty() && port.reported.starts_with(std::string(device) + ':');
-    });
+    const std::string start = direction + std::to_string(port.alsa->port + 1) + " (";
+    if (!wanted.starts_with(start) || !wanted.ends_with(')'))
+        return false;
+    const auto device = wanted.substr(start.size(), wanted.size() - start.size() - 1);
+    return !device.empty() && port.reported.starts_with(std::string(device) + ':');
 }
 
 } // namespace
@@ -61,27 +49,27 @@ Port parsePort(NameStyle style, unsigned number, std::string reported)
 {
     Port port{number, std::move(reported), {}, {}};
     std::string_view name = port.reported;
-    if (style == NameStyle::WinMM) {
-        const std::string suffix = ' ' + std::to_string(number);
-        if (name.ends_with(suffix))
-            name.remove_suffix(suffix.size());
-    }
+    const std::string suffix = ' ' + std::to_string(number);
+    if (style == NameStyle::WinMM && name.ends_with(suffix))
+        name.remove_suffix(suffix.size());
     port.name = name;
     if (style == NameStyle::Alsa)
         port.alsa = takeAlsaAddress(name);
     if (style == NameStyle::Alsa || style == NameStyle::Jack)
-        name = withoutClient(name);
+        name.remove_prefix(name.find(':') + 1); // the client; nothing where there is none
     port.plainName = name;
     return port;
 }
 
 const Port *findPort(std::span<const Port> ports, std::string_view wanted)
 {
+    const auto fits = [&](const Port &port) {
+        return port.plainName == wanted || isWindowsName(port, wanted, "MIDIIN") ||
+               isWindowsName(port, wanted, "MIDIOUT");
+    };
     auto found = std::ranges::find(ports, wanted, &Port::reported);
     if (found == ports.end())
-        found = std::ranges::find_if(ports, [&](const Port &port) {
-            return port.plainName == wanted || isWindowsName(port, wanted);
-        });
+        found = std::ranges::find_if(ports, fits);
     return found == ports.end() ? nullptr : &*found;
 }
 

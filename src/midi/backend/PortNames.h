@@ -1,5 +1,7 @@
 #pragma once
 
+#include "alsa/AlsaKernel.h"
+
 #include <optional>
 #include <span>
 #include <string>
@@ -15,15 +17,7 @@ namespace midi
 /// The back ends whose decoration is known. Others report names as they are.
 enum class NameStyle { Undecorated, Alsa, Jack, WinMM };
 
-/// The name under which our own ports are registered.
-inline constexpr std::string_view OwnPortName = "KQEditor MIDI";
-
-/// A port of ALSA's sequencer, "N:M" at the end of a reported name.
-struct AlsaAddress
-{
-    unsigned client = 0; ///< N
-    unsigned port = 0;   ///< M
-};
+inline constexpr std::string_view OwnPortName = "KQEditor MIDI"; ///< of every editor's ports
 
 /// A port as a list of ports had it.
 struct Port
@@ -43,23 +37,20 @@ struct Port
 /// All ports that there are at a time, in the library's order.
 struct PortLists
 {
-    std::vector<Port> inputs;
-    std::vector<Port> outputs;
+    std::vector<Port> inputs, outputs;
 };
 
 /// Ports by their lasting names, in the library's order.
 struct PortNames
 {
-    std::vector<std::string> inputs;
-    std::vector<std::string> outputs;
+    std::vector<std::string> inputs, outputs;
 
     bool operator==(const PortNames &) const = default;
 };
 
 struct PortPair
 {
-    Port input;
-    Port output;
+    Port input, output;
 };
 
 /// Takes the name apart that the library reports for port `number`.

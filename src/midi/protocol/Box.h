@@ -9,8 +9,7 @@ namespace midi
 
 /// The product whose scripts and firmware this editor handles.
 inline constexpr std::uint8_t OstrelProductId = 26;
-/// Stands for "no product", "no sysex ID" in one byte.
-inline constexpr std::uint8_t NoId = 255;
+inline constexpr std::uint8_t NoId = 255; ///< no product, or no sysex ID, in one byte
 inline constexpr std::uint8_t MaxSysexId = 127;
 
 enum class OperatingMode : std::uint8_t { MergeThru = 0, UsbMidi = 1, PythonScript = 2 };
@@ -26,8 +25,7 @@ inline constexpr std::size_t MaxNameLength = 31; ///< of the display name, which
 // A device reference names one box in 16 bits: the product ID in bits 8 to 15, the sysex ID in bits
 // 0 to 7. It is what the device list, the settings store and the documents exchange.
 
-/// The reference that names no device.
-inline constexpr int NoDeviceReference = 0xFFFF;
+inline constexpr int NoDeviceReference = 0xFFFF; ///< names none
 
 [[nodiscard]] constexpr int deviceReference(std::uint8_t productId, std::uint8_t sysexId)
 {

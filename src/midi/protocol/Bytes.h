@@ -10,7 +10,6 @@ namespace midi
 
 /// One complete MIDI message; a system-exclusive message runs from its 0xF0 to its 0xF7 inclusive.
 using ByteMessage = std::vector<std::uint8_t>;
-
 /// Bytes that somebody else owns.
 using ByteView = std::span<const std::uint8_t>;
 
@@ -18,7 +17,6 @@ using ByteView = std::span<const std::uint8_t>;
 /// range insert of a vector for an overrun (a false -Warray-bounds).
 inline void append(ByteMessage &message, ByteView bytes)
 {
-    message.reserve(message.size() + bytes.size());
     for (const std::uint8_t byte : bytes)
         message.push_back(byte);
 }
@@ -34,8 +32,8 @@ inline void appendNumber(ByteMessage &message, std::uint32_t value, std::size_t 
 [[nodiscard]] inline std::uint32_t readNumber(ByteView bytes)
 {
     std::uint32_t value = 0;
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-        value |= static_cast<std::uint32_t>(bytes[i]) << (8 * i);
+    for (std::size_t i = bytes.size(); i-- > 0;)
+        value = value << 8U | bytes[i];
     return value;
 }
 

@@ -37,7 +37,6 @@ std::optional<ByteMessage> dataBlock(Command command, std::uint8_t sysexId, std:
     ByteMessage frame =
         addressed(sysexId, command,
                   std::array<std::uint8_t, 3>{static_cast<std::uint8_t>(blockType & 0x7FU), 0, 0});
-    frame.reserve(encoded.size() + FrameOverhead);
     appendNumber(frame, convert16To14Bit(static_cast<std::uint16_t>(encoded.size())), 2);
     append(frame, encodedCrc);
     append(frame, encoded);

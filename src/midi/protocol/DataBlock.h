@@ -12,12 +12,9 @@ inline constexpr std::size_t BlockTypeOffset = 6;
 inline constexpr std::size_t BlockLengthOffset = 9; ///< of the encoded payload, two 7-bit bytes
 inline constexpr std::size_t BlockCrcOffset = 11;
 inline constexpr std::size_t BlockPayloadOffset = 16;
-
-inline constexpr std::size_t MaxFrameLength = 8192; ///< of a whole frame, in bytes
-/// What a frame holds beside its encoded payload.
-inline constexpr std::size_t FrameOverhead = BlockPayloadOffset + 1;
-/// The largest payload that fits in one frame, in raw bytes.
-inline constexpr std::size_t MaxRawPayload = 7153;
+inline constexpr std::size_t FrameOverhead = BlockPayloadOffset + 1; ///< beside the payload
+inline constexpr std::size_t MaxFrameLength = 8192;
+inline constexpr std::size_t MaxRawPayload = 7153; ///< that fits in one frame, in raw bytes
 
 /// Builds a frame. Nothing when the payload does not fit in one. A block type has seven bits.
 [[nodiscard]] std::optional<ByteMessage> dataBlock(Command command, std::uint8_t sysexId,

@@ -8,34 +8,30 @@ namespace
 {
 
 constexpr std::size_t IdentityReplyLength = 10;
-constexpr std::size_t IdentityProductOffset = 5;
-constexpr std::size_t IdentityVersionOffset = 6;
-constexpr std::size_t IdentityPointVersionOffset = 7;
-constexpr std::size_t IdentitySysexIdOffset = 8;
-constexpr std::size_t TextOffset = 7; ///< in name replies and text messages
+constexpr std::size_t ProductOffset = 5; // of an identity reply, and what follows
+constexpr std::size_t VersionOffset = 6;
+constexpr std::size_t PointVersionOffset = 7;
+constexpr std::size_t ReplySysexIdOffset = 8;
 
-constexpr std::size_t AcknowledgementLength = 11;
+constexpr std::size_t TextOffset = 7; // in name replies and text messages
 constexpr std::size_t NameReplyMinimum = 6;
 constexpr std::size_t TextMessageMinimum = 8;
+constexpr std::size_t AcknowledgementLength = 11;
 constexpr std::size_t EmptyDataBlockLength = 17;
 
-ByteMessage broadcast(std::initializer_list<std::uint8_t> body)
+using Bytes = std::initializer_list<std::uint8_t>;
+
+ByteMessage broadcast(Bytes body)
 {
     ByteMessage bytes(SysexPrefix.begin(), SysexPrefix.end());
     append(bytes, body);
     return bytes;
 }
 
-ByteMessage whole(std::uint8_t sysexId, Command command, std::initializer_list<std::uint8_t> body)
+/// A whole message whose body is `head`, then `text`.
+ByteMessage whole(std::uint8_t sysexId, Command command, Bytes head, ByteView text = {})
 {
-    ByteMessage bytes = addressed(sysexId, command, body);
-    bytes.push_back(SysexEnd);
-    return bytes;
-}
-
-ByteMessage textFrame(std::uint8_t sysexId, Command command, ByteView text)
-{
-    ByteMessage bytes = addressed(sysexId, command, std::array<std::uint8_t, 1>{});
+    ByteMessage bytes = addressed(sysexId, command, head);
     append(bytes, text);
     bytes.push_back(SysexEnd);
     return bytes;
@@ -51,10 +47,9 @@ ByteMessage identityRequest()
 ByteMessage identityReply(const Identity &identity)
 {
     const FirmwareVersion &version = identity.version;
-    const auto packed =
-        static_cast<std::uint8_t>(((version.major & 0x07U) << 4U) | (version.minor & 0x0FU));
-    return broadcast({toByte(Command::IdentityReply), identity.productId, packed, version.point,
-                      identity.sysexId, SysexEnd});
+    const unsigned packed = (version.major & 0x07U) << 4U | (version.minor & 0x0FU);
+    return broadcast({toByte(Command::IdentityReply), identity.productId, toByte(packed),
+                      version.point, identity.sysexId, SysexEnd});
 }
 
 ByteMessage nameRequest(std::uint8_t sysexId)
@@ -64,7 +59,7 @@ ByteMessage nameRequest(std::uint8_t sysexId)
 
 ByteMessage nameReply(std::uint8_t sysexId, ByteView name)
 {
-    return textFrame(sysexId, Command::NameReply, name);
+    return whole(sysexId, Command::NameReply, {0}, name);
 }
 
 ByteMessage blockReadRequest(std::uint8_t sysexId, BlockType type)
@@ -79,13 +74,12 @@ ByteMessage acknowledgement(std::uint8_t sysexId)
 
 ByteMessage textMessage(std::uint8_t sysexId, ByteView text)
 {
-    return textFrame(sysexId, Command::Text, text);
+    return whole(sysexId, Command::Text, {0}, text);
 }
 
 ByteMessage programChange(std::uint8_t channel, std::uint8_t program)
 {
-    return {static_cast<std::uint8_t>(0xC0U | (channel & 0x0FU)),
-            static_cast<std::uint8_t>(program & 0x7FU)};
+    return {toByte(0xC0U | (channel & 0x0FU)), toByte(program & 0x7FU)};
 }
 
 ByteMessage addressed(std::uint8_t sysexId, Command command, ByteView body)
@@ -97,9 +91,7 @@ ByteMessage addressed(std::uint8_t sysexId, Command command, ByteView body)
 
 Arrival classify(ByteView message)
 {
-    if (isProgramChange(message))
-        return Arrival::Other;
-    if (!isSysex(message))
+    if (!isSysex(message) && !isProgramChange(message))
         return Arrival::Foreign;
     return isTextMessage(message) ? Arrival::Text : Arrival::Other;
 }
@@ -107,7 +99,7 @@ Arrival classify(ByteView message)
 bool isSysex(ByteView message)
 {
     return message.size() > SysexPrefix.size() &&
-           std::equal(SysexPrefix.begin(), SysexPrefix.end(), message.begin());
+           std::ranges::equal(message.first(SysexPrefix.size()), SysexPrefix);
 }
 
 bool isAddressed(ByteView message, std::uint8_t sysexId, Command command)
@@ -119,7 +111,7 @@ bool isAddressed(ByteView message, std::uint8_t sysexId, Command command)
 bool isIdentityReply(ByteView message)
 {
     return message.size() == IdentityReplyLength && isSysex(message) &&
-           message[BroadcastCommandOffset] == toByte(Command::IdentityReply);
+           message[SysexIdOffset] == toByte(Command::IdentityReply);
 }
 
 bool isNameReply(ByteView message)
@@ -160,18 +152,15 @@ bool isProgramChange(ByteView message)
 
 Identity readIdentity(ByteView reply)
 {
-    const std::uint8_t packed = reply[IdentityVersionOffset];
-    return {reply[IdentityProductOffset],
-            reply[IdentitySysexIdOffset],
-            {static_cast<std::uint8_t>((packed >> 4U) & 0x07U),
-             static_cast<std::uint8_t>(packed & 0x0FU), reply[IdentityPointVersionOffset]}};
+    const std::uint8_t packed = reply[VersionOffset];
+    return {reply[ProductOffset],
+            reply[ReplySysexIdOffset],
+            {toByte((packed >> 4U) & 0x07U), toByte(packed & 0x0FU), reply[PointVersionOffset]}};
 }
 
 ByteView readText(ByteView message)
 {
-    if (message.size() <= TextOffset)
-        return {};
-    const ByteView rest = message.subspan(TextOffset);
+    const ByteView rest = message.subspan(std::min(TextOffset, message.size()));
     const auto end = std::ranges::find(rest, SysexEnd);
     return rest.first(static_cast<std::size_t>(end - rest.begin()));
 }
@@ -180,13 +169,9 @@ std::string toHex(ByteView message)
 {
     static constexpr char Digits[] = "0123456789ABCDEF";
     std::string text;
-    for (const std::uint8_t byte : message) {
-        if (!text.empty())
-            text += ' ';
-        text += Digits[byte >> 4U];
-        text += Digits[byte & 0x0FU];
-    }
-    return text;
+    for (const std::uint8_t byte : message)
+        text += {Digits[byte >> 4U], Digits[byte & 0x0FU], ' '};
+    return text.substr(0, text.empty() ? 0 : text.size() - 1);
 }
 
 } // namespace midi

@@ -3,7 +3,6 @@
 #include "midi/protocol/Bytes.h"
 
 #include <array>
-#include <cstddef>
 #include <string>
 
 /// The frame that all messages to and from a box share, the short messages in it, and the tests
@@ -15,11 +14,8 @@ inline constexpr std::uint8_t SysexStart = 0xF0;
 inline constexpr std::uint8_t SysexEnd = 0xF7;
 inline constexpr std::array<std::uint8_t, 4> SysexPrefix{SysexStart, 0x00, 0x01, 0x5B};
 
-/// Byte 4 is the command in identity messages and the box's sysex ID in all others.
-inline constexpr std::size_t SysexIdOffset = 4;
-inline constexpr std::size_t BroadcastCommandOffset = 4;
+inline constexpr std::size_t SysexIdOffset = 4; ///< the command stands here in identity messages
 inline constexpr std::size_t CommandOffset = 5;
-
 inline constexpr std::size_t NameRequestLength = 8;
 inline constexpr std::size_t ReadRequestLength = 10;
 
@@ -38,19 +34,13 @@ enum class Command : std::uint8_t {
     BlockWriteFlagged = 0x39,
 };
 
-enum class BlockType : std::uint8_t {
-    Globals = 0,
-    Script = 4,
-};
+enum class BlockType : std::uint8_t { Globals = 0, Script = 4 };
 
-[[nodiscard]] constexpr std::uint8_t toByte(Command command)
+/// The byte that stands for a command or a block type.
+template <typename Enum>
+[[nodiscard]] constexpr std::uint8_t toByte(Enum value)
 {
-    return static_cast<std::uint8_t>(command);
-}
-
-[[nodiscard]] constexpr std::uint8_t toByte(BlockType type)
-{
-    return static_cast<std::uint8_t>(type);
+    return static_cast<std::uint8_t>(value);
 }
 
 /// A version as an identity reply carries it.
@@ -64,8 +54,7 @@ struct FirmwareVersion
     auto operator<=>(const FirmwareVersion &) const = default;
 };
 
-/// What a box in its bootloader reports.
-inline constexpr FirmwareVersion BootloaderVersion{7, 15, 127};
+inline constexpr FirmwareVersion BootloaderVersion{7, 15, 127}; ///< reported by a bootloader
 
 /// What an identity reply says.
 struct Identity
@@ -85,13 +74,12 @@ struct Identity
 [[nodiscard]] ByteMessage acknowledgement(std::uint8_t sysexId);
 [[nodiscard]] ByteMessage textMessage(std::uint8_t sysexId, ByteView text);
 [[nodiscard]] ByteMessage programChange(std::uint8_t channel, std::uint8_t program);
-/// How every message to or from one box begins: prefix, ID and command, then `body`. Without an
-/// end.
+/// How every message to or from one box begins: prefix, ID and command, then `body`. No end.
 [[nodiscard]] ByteMessage addressed(std::uint8_t sysexId, Command command, ByteView body = {});
 
 // Recognising. Any bytes may be given, none at all included.
 
-/// What becomes of a message that arrives without having been waited for.
+/// What becomes of a message that nobody waits for.
 enum class Arrival { Foreign, Text, Other };
 [[nodiscard]] Arrival classify(ByteView message);
 
@@ -114,7 +102,6 @@ enum class Arrival { Foreign, Text, Other };
 [[nodiscard]] Identity readIdentity(ByteView reply);
 /// The bytes from offset 7 up to the first 0xF7 or the end: a name, or what a box prints.
 [[nodiscard]] ByteView readText(ByteView message);
-
 /// "F0 00 01 …", for logs.
 [[nodiscard]] std::string toHex(ByteView message);
 

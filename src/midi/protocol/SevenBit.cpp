@@ -9,7 +9,7 @@ namespace
 
 constexpr std::size_t Group = 7; ///< bytes whose top bits share one byte
 
-/// The top bit of the group's byte at `position`, moved to its place among the others.
+/// The top bit of the byte at `position`, moved to its place among the group's others.
 constexpr std::uint8_t gather(std::uint8_t byte, std::size_t position)
 {
     return static_cast<std::uint8_t>((byte & 0x80U) >> (position + 1));

@@ -16,6 +16,7 @@ constexpr std::size_t DataLengthOffset = BodyOffset + NumberLength; // behind th
 constexpr std::size_t EncodedLengthOffset = DataLengthOffset + NumberLength;
 constexpr std::size_t DataCrcOffset = EncodedLengthOffset + NumberLength;
 constexpr std::size_t DataOffset = DataCrcOffset + NumberLength;
+constexpr std::size_t DoneParam1Offset = BodyOffset + NumberLength; // behind the length
 constexpr std::size_t ResponseLength = 13;
 constexpr std::size_t DoneLength = 14;
 
@@ -25,9 +26,8 @@ ByteMessage start(std::uint8_t sysexId, UpdateCommand command)
                      std::array{static_cast<std::uint8_t>(command)});
 }
 
-ByteMessage bare(std::uint8_t sysexId, UpdateCommand command)
+ByteMessage ended(ByteMessage bytes)
 {
-    ByteMessage bytes = start(sysexId, command);
     bytes.push_back(SysexEnd);
     return bytes;
 }
@@ -42,7 +42,7 @@ std::uint32_t read28Bit(ByteView message, std::size_t offset)
     return convert28To32Bit(readNumber(message.subspan(offset, NumberLength)));
 }
 
-/// A block's CRC is made 7-bit-safe by clearing the top bit of each of its bytes.
+/// Made 7-bit-safe by clearing the top bit of each of its bytes.
 std::uint32_t blockCrc(ByteView encoded)
 {
     return calcCrc(encoded) & 0x7F7F7F7FU;
@@ -52,34 +52,32 @@ std::uint32_t blockCrc(ByteView encoded)
 
 ByteMessage updateRequest(std::uint8_t sysexId)
 {
-    return bare(sysexId, UpdateCommand::Request);
+    return ended(start(sysexId, UpdateCommand::Request));
 }
 
 ByteMessage updateCancel(std::uint8_t sysexId)
 {
-    return bare(sysexId, UpdateCommand::Cancel);
+    return ended(start(sysexId, UpdateCommand::Cancel));
 }
 
 ByteMessage updateData(std::uint8_t sysexId, std::uint32_t position, ByteView block)
 {
     const ByteMessage encoded = encodeBlock(block);
     ByteMessage bytes = start(sysexId, UpdateCommand::Data);
-    bytes.reserve(DataOffset + encoded.size() + 1);
     append28Bit(bytes, position);
     append28Bit(bytes, block.size());
     append28Bit(bytes, encoded.size());
     appendNumber(bytes, blockCrc(encoded));
     append(bytes, encoded);
-    bytes.push_back(SysexEnd);
-    return bytes;
+    return ended(bytes);
 }
 
 ByteMessage updateDone(std::uint8_t sysexId, const UpdateDone &done)
 {
     ByteMessage bytes = start(sysexId, UpdateCommand::Done);
     append28Bit(bytes, done.length);
-    append(bytes, std::array{done.param1, done.param2, SysexEnd});
-    return bytes;
+    append(bytes, std::array{done.param1, done.param2});
+    return ended(bytes);
 }
 
 ByteMessage updateResponse(std::uint8_t sysexId, const UpdateResponse &response)
@@ -87,8 +85,7 @@ ByteMessage updateResponse(std::uint8_t sysexId, const UpdateResponse &response)
     ByteMessage bytes = start(sysexId, UpdateCommand::Response);
     bytes.push_back(response.status);
     append28Bit(bytes, response.position);
-    bytes.push_back(SysexEnd);
-    return bytes;
+    return ended(bytes);
 }
 
 std::optional<UpdateCommand> updateCommand(ByteView message, std::uint8_t sysexId)
@@ -131,8 +128,8 @@ std::optional<UpdateDone> readUpdateDone(ByteView message)
 {
     if (message.size() != DoneLength)
         return std::nullopt;
-    const std::size_t params = BodyOffset + NumberLength;
-    return UpdateDone{read28Bit(message, BodyOffset), message[params], message[params + 1]};
+    return UpdateDone{read28Bit(message, BodyOffset), message[DoneParam1Offset],
+                      message[DoneParam1Offset + 1]};
 }
 
 } // namespace midi

@@ -12,7 +12,7 @@ namespace midi
 
 /// Payload bytes in one data message; the last one may hold fewer.
 inline constexpr std::uint32_t UpdateBlockSize = 512;
-/// The status of a response that accepts the last block; any other one asks for a position.
+/// The status that accepts the last block; any other one asks for a position.
 inline constexpr std::uint8_t UpdateAccepted = 0x7F;
 
 enum class UpdateCommand : std::uint8_t {
@@ -23,17 +23,17 @@ enum class UpdateCommand : std::uint8_t {
     Cancel = 0x04,
 };
 
-/// What a data message holds: 1 to 512 bytes as stored in the image, and their offset there.
+/// What a data message holds.
 struct UpdateBlock
 {
-    std::uint32_t position = 0;
-    ByteMessage bytes;
+    std::uint32_t position = 0; ///< in the payload
+    ByteMessage bytes;          ///< 1 to 512, as stored in the image
 };
 
 /// The box's answer to a block.
 struct UpdateResponse
 {
-    std::uint8_t status = 0;    ///< UpdateAccepted, or another one that asks for a position
+    std::uint8_t status = 0;
     std::uint32_t position = 0; ///< the next one, or the one asked for
 };
 

@@ -1,4 +1,4 @@
-#include "midi/backend/AlsaKernel.h"
+#include "alsa/AlsaKernel.h"
 
 #include <algorithm>
 #include <charconv>

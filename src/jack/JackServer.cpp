@@ -1,4 +1,4 @@
-#include "midi/backend/JackServer.h"
+#include "jack/JackServer.h"
 
 #ifdef OSTREL_HAS_JACK
 
@@ -12,24 +12,16 @@ using std::chrono::steady_clock;
 
 namespace midi
 {
-namespace
-{
-
-constexpr int OpenAttempts = 3;  ///< a busy server turns some clients away
-constexpr auto QuietTime = 20ms; ///< longer than a change takes
-constexpr auto LongestWait = 500ms;
-constexpr auto LookInterval = 1ms;
-
-} // namespace
 
 std::unique_ptr<JackServer> JackServer::connect(const std::string &clientName)
 {
+    constexpr int Attempts = 3; // a busy server turns some clients away
     // The library prints what it says otherwise, also that there is no server.
     jack_set_error_function([](const char *) {});
     jack_set_info_function([](const char *) {});
     jack_client_t *client = nullptr;
     jack_status_t status{};
-    for (int i = 0; !client && (status & JackServerFailed) == 0 && i < OpenAttempts; ++i)
+    for (int i = 0; !client && (status & JackServerFailed) == 0 && i < Attempts; ++i)
         client = jack_client_open(clientName.c_str(), JackNoStartServer, &status);
     return client ? std::unique_ptr<JackServer>(new JackServer(client)) : nullptr;
 }
@@ -37,13 +29,13 @@ std::unique_ptr<JackServer> JackServer::connect(const std::string &clientName)
 JackServer::JackServer(jack_client_t *client)
     : m_client(client)
 {
-    // On threads of JACK's.
-    jack_on_shutdown(
-        client, [](void *self) { static_cast<JackServer *>(self)->m_gone = true; }, this);
+    // Both are called on threads of JACK's.
+    const auto end = [](void *self) { static_cast<JackServer *>(self)->m_gone = true; };
     const auto count = [](void *self) {
         ++static_cast<JackServer *>(self)->m_changes;
         return 0;
     };
+    jack_on_shutdown(client, end, this);
     // Where the server does not tell of changes, 20 ms have to do.
     if (jack_set_graph_order_callback(client, count, this) == 0)
         jack_activate(client);
@@ -59,13 +51,12 @@ void JackServer::waitForQuiet() const
     const auto begin = steady_clock::now();
     auto lastChange = begin;
     unsigned seen = m_changes;
-    for (auto now = begin; !m_gone && now - lastChange < QuietTime && now - begin < LongestWait;
+    for (auto now = begin; !m_gone && now - lastChange < 20ms && now - begin < 500ms;
          now = steady_clock::now()) {
-        std::this_thread::sleep_for(LookInterval);
-        const unsigned changes = m_changes;
-        if (changes != seen)
+        std::this_thread::sleep_for(1ms);
+        if (seen != m_changes)
             lastChange = now;
-        seen = changes;
+        seen = m_changes;
     }
 }
 

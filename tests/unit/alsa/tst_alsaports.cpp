@@ -1,5 +1,5 @@
-#include "midi/backend/AlsaKernel.h"
-#include "midi/backend/LeakyBucket.h"
+#include "alsa/AlsaKernel.h"
+#include "alsa/LeakyBucket.h"
 #include "midi/MovingBytes.h"
 #include "support/Rows.h"
 
@@ -64,7 +64,7 @@ private slots:
     void fillsTheBucket()
     {
         midi::LeakyBucket bucket(4096, 3);
-        const midi::LeakyBucket::Time start{1h};
+        const std::chrono::steady_clock::time_point start{1h};
         for (int i = 0; i < 16; ++i)
             QVERIFY(bucket.take(256, start));
         QVERIFY(!bucket.take(1, start));

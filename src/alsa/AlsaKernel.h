@@ -1,13 +1,21 @@
 #pragma once
 
-#include "midi/backend/PortNames.h"
-
 #include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
 
 /// What has to be asked of Linux's kernel itself, because neither the MIDI library nor the
 /// sequencer offers it. On other systems these functions do nothing.
 namespace midi
 {
+
+/// A port of ALSA's sequencer, "N:M" at the end of the name that the MIDI library reports.
+struct AlsaAddress
+{
+    unsigned client = 0; ///< N
+    unsigned port = 0;   ///< M
+};
 
 /// Whether ALSA's sequencer is there. The MIDI library can tell only with complaints on standard
 /// error.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "midi/backend/LeakyBucket.h"
-#include "midi/backend/PortNames.h"
+#include "alsa/AlsaKernel.h"
+#include "alsa/LeakyBucket.h"
 #include "midi/protocol/Bytes.h"
 
 #include <chrono>

@@ -9,9 +9,8 @@ struct _jack_client;
 namespace midi
 {
 
-/// The JACK server behind the MIDI library's clients, as far as the library does not tell. This is
-/// a client of its own, without ports, which hears of changes and of the end. Belongs to one
-/// thread.
+/// The JACK server behind the MIDI library's clients, as far as the library does not tell: a client
+/// of its own, without ports, which hears of changes and of the end. Belongs to one thread.
 class JackServer
 {
 public:
@@ -23,9 +22,9 @@ public:
 
     /// The server has ended. Clients of it can only be closed then.
     [[nodiscard]] bool isGone() const { return m_gone; }
-    /// Waits until nothing has changed among the server's clients and their connections for 20 ms,
-    /// at most for half a second. JACK tells a client of each change on a thread that walks through
-    /// the client's ports, and crashes when one is closed meanwhile.
+    /// Waits until nothing has changed among the server's clients for 20 ms, at most for half a
+    /// second. JACK tells a client of each change on a thread that walks through the client's
+    /// ports, and crashes when one is closed meanwhile.
     void waitForQuiet() const;
 
 private:

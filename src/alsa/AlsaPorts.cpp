@@ -1,6 +1,6 @@
-#include "midi/backend/AlsaPorts.h"
+#include "alsa/AlsaPorts.h"
 
-#include "midi/backend/AlsaKernel.h"
+#include "alsa/AlsaKernel.h"
 
 #include <algorithm>
 #include <thread>
