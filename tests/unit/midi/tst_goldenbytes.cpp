@@ -106,10 +106,12 @@ private slots:
             {"> F0 00 01 5B 05 33 04 00 00 F7"});
         const QString script =
             "04 00 00 0C 00 68 39 3B 59 4F 19 23 20 43 24 20 62 62 60 02 2C 0A F7";
+        const QString received =
+            "53 63 72 69 70 74 20 72 65 63 65 69 76 65 64 3A 20 31 30 20 62 79 74 "
+            "65 73 0A F7";
         add("script", Firmware, keepScript,
             {"> F0 00 01 5B 05 31 " + script, "< F0 00 01 5B 05 32 00 00 00 00 F7",
-             "< F0 00 01 5B 05 1F 00 53 63 72 69 70 74 20 72 65 63 65 69 76 65 64 3A 20 31 30 20 "
-             "62 79 74 65 73 0A F7",
+             "< F0 00 01 5B 05 1F 00 " + received,
              "< F0 00 01 5B 05 1F 00 52 75 6E 6E 69 6E 67 2E 2E 2E 0A F7",
              "> F0 00 01 5B 05 33 04 00 00 F7", "< F0 00 01 5B 05 34 " + script});
         add("flagged write, empty, of a type that no box knows", Firmware,
