@@ -14,14 +14,17 @@ build_preset()
     quietly "build-$preset" cmake --build "$folder" "${targets[@]}"
 }
 
-# The MicroPython that the tests run the box's scripts with; as the lock file says.
-install_script_tools()
+# What tests need from npm, as the lock files say: the MicroPython that runs the box's scripts, and
+# the MIDI library's source. Both are only read, so nothing that they bring along is run.
+install_npm_packages()
 {
-    local folder=tests/scripts
-    local installed=$folder/node_modules/.package-lock.json
-    [[ -f $folder/package-lock.json ]] || return 0
-    if [[ ! -f $installed || $folder/package-lock.json -nt $installed ]]; then
-        say "Installing the Node.js packages of $folder"
-        quietly npm npm ci --prefix "$folder" --no-audit --no-fund
-    fi
+    local folder installed
+    for folder in tests/scripts tests/winmm; do
+        installed=$folder/node_modules/.package-lock.json
+        [[ -f $folder/package-lock.json ]] || continue
+        if [[ ! -f $installed || $folder/package-lock.json -nt $installed ]]; then
+            say "Installing the Node.js packages of $folder"
+            quietly npm npm ci --prefix "$folder" --ignore-scripts --no-audit --no-fund
+        fi
+    done
 }

@@ -33,7 +33,10 @@ USB_ROAD_PACKAGES=(qemu-system-x86_64:qemu-system-x86 zstd:zstd)
 USB_ROAD_FIRST_PROGRAMS=busybox-static
 USB_ROAD_KERNELS=(linux-image-amd64 linux-image-generic linux-image-virtual)
 COVERAGE_PACKAGES=(gcovr:gcovr python3:python3)
-LINT_PACKAGES=(clang-format:clang-format run-clang-tidy:clang-tidy shellcheck:shellcheck)
+LINT_PACKAGES=(
+    clang-format:clang-format run-clang-tidy:clang-tidy shellcheck:shellcheck
+    x86_64-w64-mingw32-g++-posix:g++-mingw-w64-x86-64-posix
+)
 
 has_apt()
 {
