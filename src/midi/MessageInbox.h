@@ -37,8 +37,7 @@ public:
         m_waiting.pop_front();
         return true;
     }
-    /// Empty messages are dropped.
-    void receive(const ByteMessage &message)
+    void receive(const ByteMessage &message) // empty ones are dropped
     {
         if (!message.empty() && !keep(message))
             m_push(message);

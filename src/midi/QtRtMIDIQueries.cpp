@@ -1,4 +1,3 @@
-// The part of the link that asks a box for something, or hands it something.
 #include "midi/QtRtMIDI.h"
 
 #include "midi/MovingBytes.h"

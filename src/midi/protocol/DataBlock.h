@@ -20,8 +20,8 @@ inline constexpr std::size_t MaxRawPayload = 7153; ///< that fits in one frame, 
 [[nodiscard]] std::optional<ByteMessage> dataBlock(Command command, std::uint8_t sysexId,
                                                    std::uint8_t blockType, ByteView payload);
 
-/// The payload of the data block `frame`. Nothing when it is shorter or longer than any frame, its
-/// length field reaches beyond its end, or the CRC is wrong. The header is not looked at.
+/// The payload of a data block. Nothing when `frame` is shorter or longer than any, its length
+/// field reaches beyond its end, or the CRC is wrong. The header is not looked at.
 [[nodiscard]] std::optional<ByteMessage> readDataBlock(ByteView frame);
 
 } // namespace midi
