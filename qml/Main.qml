@@ -33,7 +33,7 @@ ApplicationWindow {
     // The native objects that the start-up made; the documents below get them from here.
     readonly property FirmwareUpdate updater: firmwareUpdate // qmllint disable unqualified
     readonly property CppInterface globals: cppInterface // qmllint disable unqualified
-    // No type of its own here: the MIDI link knows that class by name only, which the engine minds.
+    // No type of its own here: the object is handed to the documents by name, without a module.
     readonly property var transfer: SettingsTransfer // qmllint disable unqualified
 
     function getScriptName(): string {

@@ -6,6 +6,7 @@
 
 #include <QQmlContext>
 #include <QQmlEngine>
+#include <QQmlExpression>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -181,6 +182,17 @@ private slots:
         QCOMPARE(changed.size(), 3);
         QCOMPARE(link.settingsTransferObj(), &transfer);
         QCOMPARE(introduced.size(), 1);
+
+        // A document reads it, and may set it.
+        engine.rootContext()->setContextProperty("link", &link);
+        QQmlExpression read(engine.rootContext(), nullptr,
+                            "link.settingsTransferObj === transferObject");
+        QQmlExpression set(engine.rootContext(), nullptr,
+                           "link.settingsTransferObj = null; link.settingsTransferObj");
+        engine.rootContext()->setContextProperty("transferObject", &transfer);
+        QVERIFY(read.evaluate().toBool());
+        QVERIFY(!set.evaluate().value<QObject *>());
+        QVERIFY(!link.settingsTransferObj());
     }
 
     void keepsTheWorkingCopyWhenTheBoxFails()
