@@ -74,6 +74,25 @@ private slots:
         QCOMPARE(hex(decoded), raw);
     }
 
+    /// The top bits stand behind what is decoded, in the group's eighth byte.
+    void decodesAPartOfAGroup()
+    {
+        const ByteMessage group = fromHex("7F 7F 00 01 02 03 04 50");
+        ByteMessage decoded(7);
+        const auto decode = [&](std::uint32_t part, std::uint32_t capacity) {
+            const bool complete =
+                QtRtMIDI::decodeBlock(group.data(), part, decoded.data(), capacity);
+            return hex(std::span(decoded).first(capacity)) + (complete ? "" : " full");
+        };
+        QCOMPARE(decode(2, 7), QByteArray("FF 7F"));
+        QCOMPARE(decode(3, 7), QByteArray("FF 7F 80"));
+        QCOMPARE(decode(3, 3), QByteArray("FF 7F 80 full"));
+        QCOMPARE(decode(7, 7), QByteArray("FF 7F 80 01 02 03 04 full"));
+        // Where the eighth byte did not arrive, it is not read.
+        QCOMPARE(midi::decodeBlock(std::span(group).first(3), 3, decoded).written, 3U);
+        QCOMPARE(hex(std::span(decoded).first(3)), QByteArray("7F 7F 00"));
+    }
+
     void comeBackAtEveryLength()
     {
         for (std::size_t size = 0; size <= LongestInput && !QTest::currentTestFailed(); ++size) {
