@@ -16,7 +16,8 @@ void require(const midi::ErrorText &error)
 BareExchange::BareExchange(const char *inputPort, const char *outputPort)
 {
     midi::ErrorText error;
-    m_backend = midi::Backend::make({}, [this](const midi::ByteMessage &) { arrived(); }, error);
+    m_backend = midi::Backend::make(
+        {}, [this](const midi::ByteMessage &) { arrived(); }, error);
     if (!m_backend)
         throw std::runtime_error(error);
     midi::PortLists ports;

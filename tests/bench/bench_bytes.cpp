@@ -1,8 +1,8 @@
 // The encodings and checksums of one frame of 8 KB, against a copy of as many bytes.
 
-#include "midi/protocol/SevenBit.h"
 #include "midi/protocol/Crc32.h"
 #include "midi/protocol/DataBlock.h"
+#include "midi/protocol/SevenBit.h"
 
 #include <benchmark/benchmark.h>
 
@@ -78,7 +78,8 @@ void decodeBlock(benchmark::State &state)
 {
     const Frame frame = someBytes<sizeof(Frame)>();
     Frame payload{};
-    measure(state, [&] { benchmark::DoNotOptimize(midi::decodeBlock(frame, frame.size(), payload)); });
+    measure(state,
+            [&] { benchmark::DoNotOptimize(midi::decodeBlock(frame, frame.size(), payload)); });
 }
 BENCHMARK(decodeBlock)->Name("block-decode");
 

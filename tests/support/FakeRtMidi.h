@@ -1,7 +1,7 @@
 #pragma once
 
-#include "midi/protocol/Bytes.h"
 #include "midi/backend/PortNames.h"
+#include "midi/protocol/Bytes.h"
 
 #include <functional>
 #include <optional>

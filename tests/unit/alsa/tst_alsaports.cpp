@@ -56,8 +56,8 @@ private slots:
     {
         const auto [content, direction, port, key, expected] =
             row<QByteArray, QByteArray, unsigned, QByteArray, int>();
-        const auto value = midi::readKernelValue(content.toStdString(), direction.toStdString(), port,
-                                               key.toStdString());
+        const auto value = midi::readKernelValue(content.toStdString(), direction.toStdString(),
+                                                 port, key.toStdString());
         QCOMPARE(value ? static_cast<int>(*value) : -1, expected);
     }
 

@@ -61,7 +61,7 @@ inline void checkBlock(const midi::ByteMessage &bytes, std::size_t capacity, Req
     const std::size_t lastGroup = std::min(Group, bytes.size() % (Group + 1));
     const std::size_t available = bytes.size() / (Group + 1) * Group + lastGroup;
     midi::ByteMessage decoded(capacity + 1, Untouched);
-    const auto [written, complete] = 
+    const auto [written, complete] =
         midi::decodeBlock(bytes, bytes.size(), std::span(decoded).first(capacity));
     require(written == std::min(capacity, available), "block: written");
     // Exactly full counts as too small.
