@@ -59,12 +59,14 @@ int CppInterface::deviceRefSetSysexId(quint16 deviceRef, quint8 sysexId) const
 
 QString CppInterface::displayName() const
 {
-    return readText(m_globals.displayName);
+    return readText(std::span(m_globals.displayName).first(midi::MaxNameLength));
 }
 
 void CppInterface::setDisplayName(const QString &newDisplayName)
 {
-    storeText(m_globals.displayName, newDisplayName);
+    // What stands behind a name that stays is not ours to clear.
+    if (newDisplayName != displayName())
+        storeText(m_globals.displayName, newDisplayName);
 }
 
 int CppInterface::operatingMode() const
@@ -105,7 +107,6 @@ bool CppInterface::readGlobals()
     if (!received)
         return false;
     m_globals = *received;
-    m_globals.displayName.back() = '\0';
     return true;
 }
 

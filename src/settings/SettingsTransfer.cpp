@@ -52,23 +52,30 @@ void SettingsTransfer::setMidiObj(QtRtMIDI *link)
 {
     if (m_link == link)
         return;
+    if (m_link)
+        m_link->disconnect(this);
+    m_recordIsOfThisBox = false;
     m_link = link;
     m_confirmation.setLink(link);
     emit midiObjChanged();
-    if (m_link)
-        m_link->setSettingsTransferObj(this);
+    if (!m_link)
+        return;
+    connect(m_link, &QtRtMIDI::addresseeChanged, this, [this] { m_recordIsOfThisBox = false; });
+    m_link->setSettingsTransferObj(this);
 }
 
 const SettingsT *SettingsTransfer::receiveGlobals()
 {
     // The record is nothing but bytes, so the link's buffer can be read as one.
     static_assert(alignof(SettingsT) == 1);
-    return m_link ? reinterpret_cast<const SettingsT *>(m_link->getGlobals()) : nullptr;
+    const uint8_t *record = m_link ? m_link->getGlobals() : nullptr;
+    m_recordIsOfThisBox = record != nullptr;
+    return reinterpret_cast<const SettingsT *>(record);
 }
 
 bool SettingsTransfer::sendGlobals(const SettingsT *globals)
 {
-    if (!m_link || !globals)
+    if (!m_link || !globals || !m_recordIsOfThisBox)
         return false;
     return m_link->sendSettingsBlock(blockType(midi::BlockType::Globals),
                                      reinterpret_cast<const uint8_t *>(globals), sizeof(SettingsT),

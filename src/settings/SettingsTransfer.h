@@ -32,6 +32,8 @@ public:
 
     /// The box's record, held by the link until its next transfer; null when the read failed.
     [[nodiscard]] const SettingsT *receiveGlobals();
+    /// False, with nothing sent, also when the link has talked to another box since the record was
+    /// read, or lost this one: a record goes back to the box that it came from.
     [[nodiscard]] bool sendGlobals(const SettingsT *globals);
     /// The box's script as a string; an invalid variant when it did not answer.
     Q_INVOKABLE QVariant receiveScript();
@@ -52,5 +54,6 @@ private:
     explicit SettingsTransfer(QObject *parent);
 
     QPointer<QtRtMIDI> m_link;
+    bool m_recordIsOfThisBox = false; ///< the record read last
     ScriptConfirmation m_confirmation;
 };

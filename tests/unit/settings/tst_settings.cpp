@@ -3,12 +3,15 @@
 #include "settings/SettingsTransfer.h"
 #include "support/FakeRtMidi.h"
 #include "support/Messages.h"
+#include "support/Rows.h"
 
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQmlExpression>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <functional>
 
 using midi::ByteMessage;
 using testsupport::dataBlock;
@@ -239,6 +242,33 @@ private slots:
         std::ranges::fill(std::span(editor.record).subspan(224), 'x');
         QVERIFY(editor.bridge.readGlobals());
         QCOMPARE(editor.bridge.displayName(), QString(31, 'x'));
+        editor.bridge.setDisplayName(editor.bridge.displayName()); // as the window does
+        QVERIFY(editor.bridge.writeGlobals());
+        QCOMPARE(editor.written(), hex(editor.record)); // its last byte, too
+    }
+
+    void writesToTheBoxThatItReadFromOnly_data()
+    {
+        const testsupport::Rows<std::function<void(QtRtMIDI &)>>
+            add; // what happens after the record was read
+        add("box lost", [](QtRtMIDI &link) { link.closePort(); });
+        add("box lost and found", [](QtRtMIDI &link) {
+            link.closePort();
+            QVERIFY(link.selectPort(0));
+        });
+        add("another box addressed", [](QtRtMIDI &link) { link.setSysexID(Id + 1); });
+    }
+
+    void writesToTheBoxThatItReadFromOnly()
+    {
+        const auto [happens] = testsupport::row<std::function<void(QtRtMIDI &)>>();
+        Editor editor;
+        QVERIFY(!editor.bridge.writeGlobals()); // nothing was read
+        QVERIFY(editor.bridge.readGlobals());
+        happens(editor.link);
+        FakeRtMidi::world().sent.clear();
+        QVERIFY(!editor.bridge.writeGlobals());
+        QVERIFY(FakeRtMidi::world().sent.empty());
     }
 
     void sendsScriptsAsLatin1_data()
