@@ -167,7 +167,7 @@ void ConnectedDeviceListModel::addDevice(const midi::Identity &identity, unsigne
     device->setDeviceIndex(port);
     device->setPairName(m_link->pairName(port));
     m_devices.append(device);
-    // Without an answer the device stays in the list without a name.
+    device->setDisplayName(""); // so that the list shows its ID where no name comes
     m_link->sendNameReq(identity.sysexId);
 }
 

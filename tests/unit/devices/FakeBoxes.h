@@ -14,7 +14,7 @@ namespace fakeboxes
 struct Box
 {
     midi::Identity identity;
-    QByteArray name;
+    QByteArray name; ///< null: a box that does not say
 };
 using Boxes = std::vector<Box>;
 
@@ -48,7 +48,7 @@ inline void answer(const Boxes &boxes, const midi::ByteMessage &message)
         const std::uint8_t id = one.identity.sysexId;
         if (message == midi::identityRequest())
             world.receive(midi::identityReply(one.identity));
-        else if (message == midi::nameRequest(id))
+        else if (message == midi::nameRequest(id) && !one.name.isNull())
             world.receive(midi::nameReply(id, testsupport::toBytes(one.name)));
     }
 }

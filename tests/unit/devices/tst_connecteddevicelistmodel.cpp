@@ -186,7 +186,10 @@ private slots:
     {
         const QByteArray longName(40, 'x');
         const std::vector<fakeboxes::Boxes> ports{
-            {{{26, 1, {1, 2, 3}}, "B\xC3\xA4r"}, {{26, 2, {}}, ""}, {{26, 4, {}}, "first"}},
+            {{{26, 1, {1, 2, 3}}, "B\xC3\xA4r"},
+             {{26, 2, {}}, ""},
+             {{26, 3, {}}, {}},
+             {{26, 4, {}}, "first"}},
             {{{26, 4, {}}, longName}}};
         plug(ports);
         Editor editor;
@@ -197,7 +200,7 @@ private slots:
         // Names go by sysex ID alone, so the later reply names both.
         const QString cut = QString(27, 'x') + ":4";
         QCOMPARE(names, (QStringList{"- Scan for Devices -", QString::fromUtf8("B\xC3\xA4r:1"),
-                                     ":2", cut, cut}));
+                                     ":2", ":3", cut, cut}));
     }
 
     void answersForRolesAndRows()
