@@ -93,10 +93,12 @@ void enlargeAlsaInputPools()
 {
     constexpr int PoolCells = 1000; // of 28 bytes; the most that the kernel allows
     std::error_code failure;
-    for (const auto &entry : fs::directory_iterator("/proc/self/fd", failure)) {
-        if (fs::read_symlink(entry.path(), failure) != SequencerDevice)
+    std::error_code closed;
+    for (fs::directory_iterator entry("/proc/self/fd", failure), end; !failure && entry != end;
+         entry.increment(failure)) {
+        if (fs::read_symlink(entry->path(), closed) != SequencerDevice)
             continue;
-        const int sequencer = std::stoi(entry.path().filename());
+        const int sequencer = std::stoi(entry->path().filename());
         snd_seq_client_pool pool{};
         if (ioctl(sequencer, SNDRV_SEQ_IOCTL_CLIENT_ID, &pool.client) != 0 ||
             ioctl(sequencer, SNDRV_SEQ_IOCTL_GET_CLIENT_POOL, &pool) != 0 ||

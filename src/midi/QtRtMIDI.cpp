@@ -120,11 +120,11 @@ std::string QtRtMIDI::pairName(unsigned index) const
 
 bool QtRtMIDI::selectPort(unsigned index)
 {
-    if (index >= m_pairs.size() || !backend())
+    if (index >= m_pairs.size())
         return false;
+    const midi::PortPair pair = m_pairs[index];
     closePort();
-    const midi::PortPair &pair = m_pairs[index];
-    if (!succeeded(m_backend->open(pair.input, pair.output)))
+    if (!backend() || !succeeded(m_backend->open(pair.input, pair.output)))
         return false;
     m_openPair = pair;
     m_selected = index;
