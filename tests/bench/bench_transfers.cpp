@@ -164,13 +164,13 @@ double timeUpdate(const QString &imageUrl)
     requireReady(box);
     QtRtMIDI link;
     require(testsupport::connectToBox(link, SysexId), "the box does not answer");
-    MidiDevice device(OstrelProductId, SysexId);
+    MidiDevice device(midi::OstrelProductId, SysexId);
     device.setMidiObj(&link);
     waitUntil([&] { return device.updateVersion(); }, "the box does not say its version");
     FirmwareUpdate updater;
     updater.setMidiObj(&link);
     updater.setMIDIDevice(&device);
-    require(updater.loadFile(imageUrl, OstrelProductId), "the image is refused");
+    require(updater.loadFile(imageUrl, midi::OstrelProductId), "the image is refused");
     bool completed = false;
     QObject::connect(&updater, &FirmwareUpdate::updateCompleted, [&] { completed = true; });
 
