@@ -35,6 +35,12 @@ if(RtMidi_FOUND AND NOT TARGET RtMidi::RtMidi)
         INTERFACE_INCLUDE_DIRECTORIES ${RtMidi_INCLUDE_DIR}
         INTERFACE_LINK_LIBRARIES "${system_libraries}")
 
+    # What was found out of another library does not count.
+    if(NOT RtMidi_CHECKED_LIBRARY STREQUAL RtMidi_LIBRARY)
+        unset(RtMidi_WORKS CACHE)
+        unset(RtMidi_HAS_SET_BUFFER_SIZE CACHE)
+        set(RtMidi_CHECKED_LIBRARY ${RtMidi_LIBRARY} CACHE INTERNAL "")
+    endif()
     include(CheckCXXSourceCompiles)
     set(CMAKE_REQUIRED_LIBRARIES RtMidi::RtMidi)
     check_cxx_source_compiles(
@@ -47,6 +53,7 @@ if(RtMidi_FOUND AND NOT TARGET RtMidi::RtMidi)
         RtMidi_HAS_SET_BUFFER_SIZE)
     unset(CMAKE_REQUIRED_LIBRARIES)
     if(NOT RtMidi_WORKS)
+        unset(RtMidi_WORKS CACHE)
         message(FATAL_ERROR "No program links with ${RtMidi_LIBRARY}: see the configure log for "
             "the libraries that it lacks")
     endif()

@@ -7,6 +7,7 @@
 #include <iterator>
 
 #ifdef __linux__
+#include <fcntl.h>
 #include <sound/asequencer.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -22,7 +23,7 @@ namespace midi
 namespace
 {
 
-constexpr char SequencerDevice[] = "/dev/snd/seq";
+[[maybe_unused]] constexpr char SequencerDevice[] = "/dev/snd/seq";
 
 // How the kernel numbers the sequencer's clients and ports.
 constexpr unsigned FirstCardClient = 16;
@@ -43,12 +44,6 @@ std::optional<std::uint64_t> numberBehindColon(std::string_view line)
 }
 
 } // namespace
-
-bool hasAlsa()
-{
-    std::error_code failure;
-    return fs::exists(SequencerDevice, failure);
-}
 
 bool belongsToProgram(AlsaAddress address)
 {
@@ -88,6 +83,14 @@ std::optional<std::uint64_t> readKernelValue(std::string_view content, std::stri
 
 #ifdef __linux__
 
+bool hasAlsa()
+{
+    const int sequencer = open(SequencerDevice, O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    if (sequencer >= 0)
+        close(sequencer);
+    return sequencer >= 0;
+}
+
 // The MIDI library does not show its clients, but the kernel shows the files that are open.
 void enlargeAlsaInputPools()
 {
@@ -98,7 +101,9 @@ void enlargeAlsaInputPools()
          entry.increment(failure)) {
         if (fs::read_symlink(entry->path(), closed) != SequencerDevice)
             continue;
-        const int sequencer = std::stoi(entry->path().filename());
+        const std::string name = entry->path().filename();
+        int sequencer = 0;
+        std::from_chars(name.data(), name.data() + name.size(), sequencer);
         snd_seq_client_pool pool{};
         if (ioctl(sequencer, SNDRV_SEQ_IOCTL_CLIENT_ID, &pool.client) != 0 ||
             ioctl(sequencer, SNDRV_SEQ_IOCTL_GET_CLIENT_POOL, &pool) != 0 ||
@@ -136,6 +141,10 @@ InterruptedWaits::~InterruptedWaits()
 
 #else
 
+bool hasAlsa()
+{
+    return false;
+}
 void enlargeAlsaInputPools() {}
 InterruptedWaits::InterruptedWaits() = default;
 InterruptedWaits::~InterruptedWaits() = default;

@@ -17,8 +17,8 @@ struct AlsaAddress
     unsigned port = 0;   ///< M
 };
 
-/// Whether ALSA's sequencer is there. The MIDI library can tell only with complaints on standard
-/// error.
+/// Whether ALSA's sequencer is there and may be used. The MIDI library can tell only with
+/// complaints on standard error.
 [[nodiscard]] bool hasAlsa();
 
 /// Makes room for whole frames in the sequencer clients that this process has open. By default the

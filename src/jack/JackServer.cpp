@@ -54,9 +54,10 @@ void JackServer::waitForQuiet() const
     for (auto now = begin; !m_gone && now - lastChange < 20ms && now - begin < 500ms;
          now = steady_clock::now()) {
         std::this_thread::sleep_for(1ms);
-        if (seen != m_changes)
-            lastChange = now;
-        seen = m_changes;
+        const unsigned changes = m_changes;
+        if (changes != seen)
+            lastChange = steady_clock::now();
+        seen = changes;
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "midi/protocol/Box.h"
 #include "midi/protocol/Crc32.h"
 #include "midi/protocol/Messages.h"
 #include "midi/protocol/SevenBit.h"
@@ -14,7 +15,7 @@ class ProtocolInterface
 {
 public:
     using Message = std::vector<uint8_t>;
-    static constexpr std::uint8_t NoSysexID = 0xFF; ///< equals no 7-bit ID
+    static constexpr std::uint8_t NoSysexID = NoId; ///< equals no 7-bit ID
 
     void setAltSysexID(uint8_t id) { m_altSysexId = id; }
     [[nodiscard]] static bool isZEVSysexMsg(const Message &msg) { return isSysex(msg); }

@@ -53,7 +53,7 @@ midi::Backend *QtRtMIDI::backend()
     midi::ErrorText error;
     m_backend = midi::Backend::make(
         {}, [inbox = m_inbox](const Message &message) { inbox->receive(message); }, error);
-    if (error != m_error)
+    if (!error.empty() && error != m_error)
         qCInfo(lcMidi).nospace() << (m_backend ? "" : "no MIDI service: ") << error.c_str();
     if (m_backend)
         qCDebug(lcMidi) << "MIDI back end:" << m_backend->name().c_str();
@@ -89,6 +89,7 @@ void QtRtMIDI::listPairs(bool named, bool equal)
 {
     m_pairs.clear();
     m_selected.reset();
+    m_nextAttempt.setRemainingTime(0); // somebody may have started a service just now
     midi::PortLists ports;
     if (backend() && succeeded(m_backend->listPorts(ports))) {
         const midi::Port *input = midi::findPort(ports.inputs, m_namedInput);

@@ -6,6 +6,7 @@
 
 #include <QDeadlineTimer>
 #include <QObject>
+#include <QPointer>
 #include <QVariant>
 
 /// The one object through which the editor reaches MIDI: finds pairs of ports, opens one pair at a
@@ -41,7 +42,6 @@ public:
     [[nodiscard]] bool isSelected(unsigned i) const { return m_selected == i && portsReady(); }
     void closePort();
     [[nodiscard]] bool portsReady() const { return m_openPair && !m_backend->isGone(); }
-    /// Cheap enough to be asked all the time.
     [[nodiscard]] midi::PortNames portNames();
     /// Whether the open pair stands among `names`.
     [[nodiscard]] bool isOpenAmong(const midi::PortNames &names) const;
@@ -72,6 +72,9 @@ public:
     bool sendNameReq(uint8_t id) { return sendMessage(midi::nameRequest(id)); }
     bool sendGlobalsReq() { return sendReadReq(midi::BlockType::Globals); }
     bool sendScriptReq() { return sendReadReq(midi::BlockType::Script); }
+    /// False, with nothing sent, when `data` does not fit in one frame (more than 7153 bytes).
+    /// `flag` selects the alternate write command.
+    bool sendSettingsBlock(int blockType, const uint8_t *data, uint32_t length, bool flag);
 
     // Each blocks until the answer is there, or nothing came for 100 ms (settings) or 500 ms
     // (scripts), as far as the system tells. They leave the link in callback mode.
@@ -81,9 +84,6 @@ public:
     [[nodiscard]] QVariant getScript();
     /// Waits for the answers to `count` earlier calls of sendScriptReq() and drops them.
     void dropScriptAnswers(int count);
-    /// False, with nothing sent, when `data` does not fit in one frame (more than 7153 bytes).
-    /// `flag` selects the alternate write command.
-    bool sendSettingsBlock(int blockType, const uint8_t *data, uint32_t length, bool flag);
 
     bool sendUpdateReq() { return sendMessage(midi::updateRequest(m_sysexId)); }
     /// 1 to 512 bytes, and their offset in the payload.
@@ -110,7 +110,7 @@ private:
     const std::shared_ptr<midi::MessageInbox> m_inbox;
     std::unique_ptr<midi::Backend> m_backend; ///< null before the first use and without a service
     QDeadlineTimer m_nextAttempt;             ///< to find a service, which costs time
-    QObject *m_settingsTransfer = nullptr;
+    QPointer<QObject> m_settingsTransfer;
     std::string m_namedInput, m_namedOutput; ///< of the last scan by names
     std::vector<midi::PortPair> m_pairs;
     std::optional<midi::PortPair> m_openPair;

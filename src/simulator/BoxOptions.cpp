@@ -102,7 +102,9 @@ constexpr std::array Options{
     Option{"product", "N", "Product ID, 0 to 127 (default 26, the Ostrel).",
            [](BoxOptions &o, const QString &v) { return readNumber(v, o.profile.productId, 127); }},
     Option{"sysex-id", "N", "Sysex ID, 0 to 127 (default 0).",
-           [](BoxOptions &o, const QString &v) { return readNumber(v, o.profile.sysexId, 127); }},
+           [](BoxOptions &o, const QString &v) {
+               return readNumber(v, o.profile.sysexId, midi::MaxSysexId);
+           }},
     Option{"name", "TEXT", "Display name of at most 31 bytes (default Ostrel).",
            [](BoxOptions &o, const QString &v) { return readName(v, o.profile.name); }},
     Option{"mode", "N", "Operating mode: 0 merge, 1 USB MIDI, 2 Python script (default 2).",

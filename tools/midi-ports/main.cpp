@@ -30,8 +30,10 @@ int main(int argc, char **argv)
     const auto backend = midi::Backend::make(
         {}, [](const midi::ByteMessage &message) { std::puts(midi::toHex(message).c_str()); },
         error);
+    if (!error.empty())
+        std::fprintf(stderr, "%s\n", error.c_str());
     if (!backend)
-        return fail(error);
+        return 1;
     midi::PortLists ports;
     error = backend->listPorts(ports);
     if (!error.empty())

@@ -4,7 +4,7 @@
 
 #include <QtQml/qqml.h>
 
-/// The MIDI connection as the documents know it.
+/// The MIDI link as the documents know it.
 struct MidiElement
 {
     Q_GADGET

@@ -153,7 +153,8 @@ std::unique_ptr<Backend> Backend::make(const ClientNames &names, const Receiver 
         const ErrorText failure = errorOf([&] { backend->makeClients(api, names, receiver); });
         if (failure.empty())
             return backend;
-        error = failure;
+        if (error.empty())
+            error = failure;
     }
     if (error.empty())
         error = "no MIDI service is running";

@@ -39,8 +39,7 @@ public:
 
     /// The first back end that works, ALSA before JACK; null without any. JACK without a server
     /// does not count as working. The environment variable OSTREL_MIDI_API names the one to try
-    /// instead. `error` says what failed on the way. Takes some milliseconds on ALSA, a tenth of a
-    /// second on JACK.
+    /// instead. `error` says what failed first. Takes some milliseconds on ALSA, 50 on JACK.
     [[nodiscard]] static std::unique_ptr<Backend> make(const ClientNames &names,
                                                        const Receiver &receiver, ErrorText &error);
     /// Closes what is open. Takes a second for a JACK server that ended.
@@ -57,7 +56,7 @@ public:
     /// Registers a pair of ports for other programs to open, where the system has such ports.
     [[nodiscard]] ErrorText openVirtual(const std::string &input, const std::string &output);
     [[nodiscard]] bool isOpen() const { return m_open; }
-    /// Closes both ports in any case; says what failed on the way. Takes 40 ms on JACK.
+    /// Closes both ports in any case; says what failed on the way. JACK takes 40 ms, mostly.
     ErrorText close();
 
     /// Sends one whole message. Blocks while the device makes room for it; see AlsaPorts.
@@ -71,6 +70,7 @@ private:
     struct Input;
 
     Backend();
+    /// `apiNumber` is an RtMidi::Api, which only the library's header declares.
     void makeClients(int apiNumber, const ClientNames &names, const Receiver &receiver);
     void awaitQuiet() const;
     ErrorText closeInput();

@@ -31,7 +31,7 @@ std::optional<AlsaAddress> takeAlsaAddress(std::string_view &name)
     return AlsaAddress{*client, *port};
 }
 
-/// What Windows would call this port of ALSA, if `direction` is its own.
+/// Whether Windows would call this port of ALSA `wanted`, if `direction` is its own.
 bool isWindowsName(const Port &port, std::string_view wanted, const char *direction)
 {
     if (!port.alsa)

@@ -1,4 +1,4 @@
-#include "midi/protocol/Messages.h"
+#include "midi/protocol/DataBlock.h"
 
 #include <algorithm>
 
@@ -17,7 +17,6 @@ constexpr std::size_t TextOffset = 7; // in name replies and text messages
 constexpr std::size_t NameReplyMinimum = 6;
 constexpr std::size_t TextMessageMinimum = 8;
 constexpr std::size_t AcknowledgementLength = 11;
-constexpr std::size_t EmptyDataBlockLength = 17;
 
 using Bytes = std::initializer_list<std::uint8_t>;
 
@@ -122,15 +121,13 @@ bool isNameReply(ByteView message)
 
 bool isDataBlock(ByteView message, std::uint8_t sysexId, BlockType type)
 {
-    return message.size() > EmptyDataBlockLength &&
-           isAddressed(message, sysexId, Command::DataBlock) &&
-           message[CommandOffset + 1] == toByte(type);
+    return message.size() > FrameOverhead && isAddressed(message, sysexId, Command::DataBlock) &&
+           message[BlockTypeOffset] == toByte(type);
 }
 
 bool isEmptyDataBlock(ByteView message, std::uint8_t sysexId)
 {
-    return message.size() == EmptyDataBlockLength &&
-           isAddressed(message, sysexId, Command::DataBlock);
+    return message.size() == FrameOverhead && isAddressed(message, sysexId, Command::DataBlock);
 }
 
 bool isAcknowledgement(ByteView message, std::uint8_t sysexId)

@@ -3,6 +3,7 @@
 #include "midi/protocol/Bytes.h"
 
 #include <array>
+#include <compare>
 #include <string>
 
 /// The frame that all messages to and from a box share, the short messages in it, and the tests

@@ -55,9 +55,7 @@ struct UpdateDone
 /// Nothing for a message that is no update message for this box.
 [[nodiscard]] std::optional<UpdateCommand> updateCommand(ByteView message, std::uint8_t sysexId);
 
-// Reading a message whose command is known.
-
-/// A message that is not right in every field gives the reason instead.
+/// Reads a data message. One that is not right in every field gives the reason instead.
 [[nodiscard]] std::variant<UpdateBlock, std::string> readUpdateData(ByteView message);
 /// Nothing for a message of the wrong length.
 [[nodiscard]] std::optional<UpdateResponse> readUpdateResponse(ByteView message);

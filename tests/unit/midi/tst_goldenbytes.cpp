@@ -115,11 +115,11 @@ private slots:
              "< F0 00 01 5B 05 1F 00 52 75 6E 6E 69 6E 67 2E 2E 2E 0A F7",
              "> F0 00 01 5B 05 33 04 00 00 F7", "< F0 00 01 5B 05 34 " + script});
         add("flagged write, empty, of a type that no box knows", Firmware,
-            [](QtRtMIDI &link) { return link.sendSettingsBlock(0x83, nullptr, 0, true); },
-            {"> F0 00 01 5B 05 39 03 00 00 00 00 00 00 00 00 00 F7"});
+            [](QtRtMIDI &link) { return link.sendSettingsBlock(0xFF, nullptr, 0, true); },
+            {"> F0 00 01 5B 05 39 7F 00 00 00 00 00 00 00 00 00 F7"});
         add("data header", Firmware, sendWithHeader, {"> F0 00 01 5B 05 0B 07 08"});
-        add("program change", Firmware, [](QtRtMIDI &link) { return link.pgmChange(0xF2, 0x83); },
-            {"> C2 03"});
+        add("program change", Firmware, [](QtRtMIDI &link) { return link.pgmChange(0xFF, 0xFF); },
+            {"> CF 7F"});
 
         const QByteArray firmware = "80 01 FF 7F 00 C3 12 99 34 E6";
         const QString encoded = "0A 00 00 00 10 00 00 00 28 6B 22 46 00 01 7F 7F 00 43 12 52 19 34 "
