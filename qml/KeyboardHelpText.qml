@@ -16,8 +16,8 @@ Item {
         let rows = "";
         const count = root.actions ? root.actions.all.length : 0;
         for (let i = 0; i < count; ++i) {
-            const action = root.actions.all[i];
-            rows += markup.row(String(action.shortcut), action.text);
+            const action = root.actions.all[i] as ShortcutAction;
+            rows += markup.row(action.keys, action.text);
         }
         return rows;
     }

@@ -21,71 +21,65 @@ Item {
     signal guideRequested
     signal clearRequested
 
-    readonly property Action sortScripts: Action {
+    readonly property ShortcutAction sortScripts: ShortcutAction {
         text: qsTr("Sort scripts")
-        shortcut: "Ctrl+L"
+        keys: "Ctrl+L"
         onTriggered: root.sortRequested()
     }
-    readonly property Action deleteScript: Action {
+    readonly property ShortcutAction deleteScript: ShortcutAction {
         text: qsTr("Delete script")
-        shortcut: "Ctrl+Shift+Delete"
+        keys: "Ctrl+Shift+Delete"
         onTriggered: root.deleteRequested()
     }
-    readonly property Action addScript: Action {
+    readonly property ShortcutAction addScript: ShortcutAction {
         text: qsTr("Add script")
-        shortcut: "Ctrl+N"
+        keys: "Ctrl+N"
         onTriggered: root.addRequested()
     }
-    readonly property Action openFile: Action {
+    readonly property ShortcutAction openFile: ShortcutAction {
         text: qsTr("Add script from file")
-        shortcut: "Ctrl+O"
+        keys: "Ctrl+O"
         onTriggered: root.openFileRequested()
     }
-    readonly property Action saveFile: Action {
+    readonly property ShortcutAction saveFile: ShortcutAction {
         text: qsTr("Save script to file")
-        shortcut: "Ctrl+S"
+        keys: "Ctrl+S"
         enabled: root.scriptSelected
         onTriggered: root.saveFileRequested()
     }
-    readonly property Action readScript: Action {
+    readonly property ShortcutAction readScript: ShortcutAction {
         text: qsTr("Read Script")
-        shortcut: "Ctrl+R"
+        keys: "Ctrl+R"
         enabled: root.deviceConnected
         onTriggered: root.readRequested()
     }
-    readonly property Action sendScript: Action {
+    readonly property ShortcutAction sendScript: ShortcutAction {
         text: qsTr("Send Script")
-        shortcut: "Ctrl+Return"
+        keys: "Ctrl+Return"
+        otherKeys: "Ctrl+Enter"
         enabled: root.deviceConnected
         onTriggered: root.sendRequested()
     }
-    readonly property Action settings: Action {
+    readonly property ShortcutAction settings: ShortcutAction {
         text: qsTr("Settings")
-        shortcut: "Ctrl+,"
+        keys: "Ctrl+,"
         enabled: root.deviceConnected
         onTriggered: root.settingsRequested()
     }
-    readonly property Action downloadScripts: Action {
+    readonly property ShortcutAction downloadScripts: ShortcutAction {
         text: qsTr("Download Scripts")
-        shortcut: "Ctrl+D"
+        keys: "Ctrl+D"
         onTriggered: root.downloadRequested()
     }
-    readonly property Action readGuide: Action {
+    readonly property ShortcutAction readGuide: ShortcutAction {
         text: qsTr("Read Guide")
-        shortcut: "F1"
+        keys: "F1"
         onTriggered: root.guideRequested()
     }
-    readonly property Action clearLog: Action {
+    readonly property ShortcutAction clearLog: ShortcutAction {
         text: qsTr("Clear")
-        shortcut: "Ctrl+Shift+K"
+        keys: "Ctrl+Shift+K"
         onTriggered: root.clearRequested()
-    }
-
-    // The other Return.
-    Shortcut {
-        sequence: "Ctrl+Enter"
-        enabled: root.sendScript.enabled
-        onActivated: root.sendScript.trigger()
     }
 
     /// In the order in which the guide lists them.

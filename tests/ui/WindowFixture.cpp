@@ -248,12 +248,12 @@ void WindowFixture::press(Qt::Key key, Qt::KeyboardModifiers modifiers) const
     QTest::keyClick(activeFront(), key, modifiers);
 }
 
-void WindowFixture::hold(Qt::Key key) const
+void WindowFixture::hold(Qt::Key key, Qt::KeyboardModifiers modifiers) const
 {
     const auto send = [&](QEvent::Type type, bool repeated) {
         const QString text = key == Qt::Key_Space ? " " : "\r";
-        QKeyEvent event(type, key, Qt::NoModifier, text, repeated);
-        QCoreApplication::sendEvent(activeFront(), &event);
+        qt_handleKeyEvent(activeFront(), type, key, modifiers, modifiers ? QString() : text,
+                          repeated);
     };
     send(QEvent::KeyPress, false);
     for (int i = 0; i < 6; ++i) {

@@ -73,7 +73,7 @@ public:
     void hover(const QString &objectName) const;
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const;
     /// Keeps it pressed until it has been repeated a few times.
-    void hold(Qt::Key key) const;
+    void hold(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const;
     void pressCtrl(Qt::Key key) const { press(key, Qt::ControlModifier); }
     /// Goes on with Tab until the focus is where it was, and returns what had it on the way. The
     /// script editor, where Tab inserts blanks, is helped on.
