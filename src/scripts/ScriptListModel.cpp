@@ -52,8 +52,9 @@ ScriptListModel::ScriptListModel(QObject *parent)
     m_deadline.setInterval(MaxUnsavedTime);
     // Before ports and windows are taken down, which a broken service may hold up.
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
-            [this] { saveIfNamed(); });
+            &ScriptListModel::saveNow);
 
+    m_file->removeLeftovers();
     if (loadFromFile(m_scriptFileName))
         return;
     loadFromData(builtInLibrary());
@@ -63,7 +64,7 @@ ScriptListModel::ScriptListModel(QObject *parent)
 ScriptListModel::~ScriptListModel()
 {
     m_saver.clear();
-    saveIfNamed();
+    saveNow();
     m_saver.waitForDone();
 }
 
@@ -132,6 +133,7 @@ void ScriptListModel::onNetworkReply(QNetworkReply *reply)
     }
     beginResetModel();
     m_scripts = std::move(*reading.scripts);
+    numberScripts();
     ++m_revision;
     endResetModel();
 }
@@ -140,6 +142,7 @@ void ScriptListModel::clear()
 {
     beginResetModel();
     m_scripts.clear();
+    m_ids.clear();
     ++m_revision;
     endResetModel();
 }
@@ -149,9 +152,10 @@ void ScriptListModel::addScript(const QString &scriptName, const QString &script
     const int row = rowCount();
     beginInsertRows({}, row, row);
     m_scripts.append({scriptName, scriptText});
+    m_ids.append(++m_lastId);
     ++m_revision;
     endInsertRows();
-    saveIfNamed();
+    saveNow();
 }
 
 int ScriptListModel::findScriptByName(const QString &scriptName)
@@ -191,10 +195,15 @@ void ScriptListModel::sortScripts()
     const std::vector<int> order = exchangeSorted(names);
     if (!std::is_sorted(order.begin(), order.end())) {
         QList<Script> sorted;
+        QList<int> sortedIds;
         sorted.reserve(m_scripts.size());
-        for (const int position : order)
+        sortedIds.reserve(m_ids.size());
+        for (const int position : order) {
             sorted.append(m_scripts.at(position));
+            sortedIds.append(m_ids.at(position));
+        }
         m_scripts = std::move(sorted);
+        m_ids = std::move(sortedIds);
         edited();
     }
     endResetModel();
@@ -206,9 +215,10 @@ void ScriptListModel::removeScript(int index)
         return;
     beginRemoveRows({}, index, index);
     m_scripts.removeAt(index);
+    m_ids.removeAt(index);
     ++m_revision;
     endRemoveRows();
-    saveIfNamed();
+    saveNow();
 }
 
 QString ScriptListModel::scriptNameAt(int index)
@@ -219,6 +229,11 @@ QString ScriptListModel::scriptNameAt(int index)
 QString ScriptListModel::scriptTextAt(int index)
 {
     return isRow(index) ? m_scripts.at(index).text : QString();
+}
+
+int ScriptListModel::scriptIdAt(int index) const
+{
+    return isRow(index) ? m_ids.at(index) : 0;
 }
 
 bool ScriptListModel::loadFromFile()
@@ -248,6 +263,7 @@ bool ScriptListModel::loadFromData(const QByteArray &data)
         return false;
     }
     m_scripts = std::move(*reading.scripts);
+    numberScripts();
     ++m_revision;
     refresh();
     return true;
@@ -260,9 +276,11 @@ bool ScriptListModel::saveToFile() const
 
 bool ScriptListModel::saveToFile(const QString &fileName) const
 {
-    const bool saved = fileName == m_scriptFileName
-                           ? m_file->save(m_scripts, m_revision)
-                           : scripts::replaceFile(fileName, scripts::writeLibrary(m_scripts));
+    const bool isLibrary = fileName == m_scriptFileName;
+    const bool saved = isLibrary ? m_file->save(m_scripts, m_revision)
+                                 : scripts::replaceFile(fileName, scripts::writeLibrary(m_scripts));
+    if (isLibrary)
+        noteSaving(saved);
     if (!saved)
         warnNotWritten(fileName);
     return saved;
@@ -277,10 +295,14 @@ void ScriptListModel::saveInBackground()
     // What still waits there holds an older state of the list.
     m_saver.clear();
     m_saver.start([this, file = m_file, list = m_scripts, revision = m_revision] {
-        if (file->save(list, revision))
-            return;
-        warnNotWritten(file->path());
-        QMetaObject::invokeMethod(&m_deadline, "start", Qt::QueuedConnection);
+        const bool saved = file->saveChanges(list, revision);
+        if (!saved)
+            warnNotWritten(file->path());
+        QMetaObject::invokeMethod(this, [this, saved] {
+            noteSaving(saved);
+            if (!saved)
+                m_deadline.start();
+        });
     });
 }
 
@@ -309,10 +331,34 @@ void ScriptListModel::refresh()
     emit dataChanged(index(0, 0), index(lastRow, 1), {ScriptNameRole, ScriptTextRole});
 }
 
-void ScriptListModel::saveIfNamed() const
+void ScriptListModel::saveNow()
 {
-    if (!m_scriptFileName.isEmpty())
-        static_cast<void>(saveToFile(m_scriptFileName));
+    if (m_scriptFileName.isEmpty())
+        return;
+    const bool saved = m_file->saveChanges(m_scripts, m_revision);
+    noteSaving(saved);
+    if (saved)
+        return;
+    warnNotWritten(m_scriptFileName);
+    m_deadline.start();
+}
+
+void ScriptListModel::noteSaving(bool saved) const
+{
+    if (saved != m_savingFails)
+        return;
+    m_savingFails = !saved;
+    if (saved)
+        emit savingWorksAgain();
+    else
+        emit savingFailed(QFileInfo(m_scriptFileName).path());
+}
+
+void ScriptListModel::numberScripts()
+{
+    m_ids.clear();
+    for (qsizetype row = 0; row < m_scripts.size(); ++row)
+        m_ids.append(++m_lastId);
 }
 
 void ScriptListModel::edited()

@@ -18,8 +18,9 @@ class QNetworkReply;
 ///
 /// addScript and removeScript save at once. A change of a name or a text and a sort are saved in
 /// the background, once no further one came for SettleTime and at the latest MaxUnsavedTime after
-/// the first. The end of the event loop and the destructor save the rest. How the file is replaced,
-/// and what becomes of one that another program has put there, is told in LibraryFile.
+/// the first. The end of the event loop and the destructor save the rest. What fails is tried
+/// again. How the file is replaced, and what becomes of one that another program has put there, is
+/// told in LibraryFile.
 class ScriptListModel : public QAbstractListModel
 {
     Q_OBJECT
@@ -54,6 +55,9 @@ public:
 
 signals:
     void scriptFileNameChanged(const QString &newFileName);
+    /// The first of a streak of saves that failed, and the first that worked again.
+    void savingFailed(const QString &folder) const;
+    void savingWorksAgain() const;
 
 public slots:
     /// Replaces the list by what was downloaded, if that is a library.
@@ -74,8 +78,10 @@ public:
     /// False where there is no file name or the disk refused.
     Q_INVOKABLE bool saveToFile() const;
     Q_INVOKABLE void loadFromUrl(const QString &url);
-    /// As saveToFile, but without waiting for the disk; tried again after a while if it fails.
+    /// Saves without waiting for the disk what is not saved yet.
     Q_INVOKABLE void saveInBackground();
+    /// A number that stays with a script wherever a sort puts it; 0 where there is no such row.
+    Q_INVOKABLE int scriptIdAt(int index) const;
 
     bool loadFromFile(const QString &fileName);
     bool loadFromData(const QByteArray &data);
@@ -84,14 +90,20 @@ public:
 private:
     [[nodiscard]] bool isRow(int index) const;
     void refresh();
-    void saveIfNamed() const;
+    void saveNow();
+    void noteSaving(bool saved) const;
     void edited();
+    /// New numbers for a new list.
+    void numberScripts();
 
     QList<Script> m_scripts;
+    QList<int> m_ids; ///< of the scripts, in the same order
+    int m_lastId = 0;
     QString m_scriptFileName;
     QNetworkAccessManager m_networkManager;
     std::shared_ptr<LibraryFile> m_file;
     quint64 m_revision = 0;
+    mutable bool m_savingFails = false;
     QTimer m_settle;
     QTimer m_deadline;
     QThreadPool m_saver;
