@@ -8,7 +8,7 @@ Item {
     required property font scriptFont
     required property string deviceNeededText
 
-    readonly property alias editor: scriptEditor
+    readonly property alias editor: scriptPages
 
     PaneBar {
         id: bar
@@ -39,8 +39,8 @@ Item {
         }
     }
 
-    ScriptEditor {
-        id: scriptEditor
+    ScriptPages {
+        id: scriptPages
 
         anchors.top: bar.bottom
         anchors.bottom: parent.bottom

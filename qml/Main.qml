@@ -29,6 +29,7 @@ ApplicationWindow {
     property bool deleteInProgress: false
     property int savedIndex: -1
     property string savedName: ""
+    property bool started: false
 
     // The native objects that the start-up made; the documents below get them from here.
     readonly property FirmwareUpdate updater: firmwareUpdate // qmllint disable unqualified
@@ -40,8 +41,9 @@ ApplicationWindow {
         return scriptListModel.scriptNameAt(panes.scripts.currentIndex);
     }
 
+    /// As the editor shows it, whatever line ends the library has.
     function getScriptText(): string {
-        return scriptListModel.scriptTextAt(panes.scripts.currentIndex);
+        return panes.editor.text();
     }
 
     function getDownloadScriptName(): string {
@@ -62,21 +64,24 @@ ApplicationWindow {
 
     function updateScriptText() {
         const row = panes.scripts.currentIndex;
-        const selected = row >= 0 && row < panes.scripts.count;
-        const textBefore = panes.editor.text;
-        panes.editor.readOnly = !selected;
-        panes.editor.show(selected ? getScriptText() : "");
-        if (panes.editor.text !== textBefore)
+        const textBefore = panes.editor.text();
+        panes.editor.show(scriptListModel.scriptIdAt(row), scriptListModel.scriptTextAt(row));
+        if (panes.editor.text() === textBefore)
+            return;
+        // The start alone is not to change the library.
+        if (started)
+            takeEdit();
+        else
             checkLength();
     }
 
     function takeEdit() {
-        scriptListModel.modifyScriptText(panes.scripts.currentIndex, panes.editor.text);
+        scriptListModel.modifyScriptText(panes.scripts.currentIndex, panes.editor.text());
         checkLength();
     }
 
     function checkLength() {
-        if (panes.editor.length > maxScriptLen)
+        if (panes.editor.text().length > maxScriptLen)
             (messageDialog.make() as SystemMessage).show(qsTr("Script exceeds maximum allowable length (6900 bytes)"));
     }
 
@@ -125,6 +130,7 @@ ApplicationWindow {
         // No other product's box is ever to be written to.
         connectedDeviceListModel.addProductIDToList(ConnectedDeviceListModel.Ostrel);
         updateScriptText();
+        started = true;
     }
 
     onClosing: close => close.accepted = headerBar.chooser.endUpdateBeforeClosing()

@@ -3,11 +3,12 @@ import QtQuick.Controls
 import OSTSyntaxHighlighter
 import OstrelEditor
 
-/// The script editor: a text area with line numbers in one area that scrolls both ways; the numbers
+/// Edits one script: a text area with line numbers in one area that scrolls both ways; the numbers
 /// stay at its left edge.
 Flickable {
     id: view
 
+    required property int scriptId
     required property font scriptFont
 
     property alias readOnly: scriptTextArea.readOnly
@@ -20,15 +21,21 @@ Flickable {
     signal edited
 
     /// Replaces the text without taking that for an edit.
-    function show(text: string) {
+    function load(text: string) {
         loading.active = true;
-        // A text area that is given the text that it has keeps the cursor and what can be undone.
-        if (scriptTextArea.text === text)
-            scriptTextArea.text = "";
         scriptTextArea.text = text;
         loading.active = false;
         contentX = 0;
         contentY = 0;
+    }
+
+    /// Gives the text the keyboard.
+    function edit() {
+        scriptTextArea.forceActiveFocus();
+    }
+
+    function moveToEnd() {
+        scriptTextArea.cursorPosition = length;
     }
 
     function keepCursorVisible() {
@@ -59,6 +66,7 @@ Flickable {
         id: scriptTextArea
 
         objectName: "scriptTextArea"
+        focus: true
         x: lineNumbers.width
         width: Math.max(view.textWidth, contentWidth + leftPadding + rightPadding)
         viewport: view

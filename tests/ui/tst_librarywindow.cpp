@@ -193,6 +193,48 @@ private slots:
         QCOMPARE(ui.text("scriptTextArea"), "# same");
     }
 
+    /// What belongs to a script stays with it when another one is selected, and when it is sorted.
+    void keepsThePlaceInAScript()
+    {
+        const QString lines = QString("# line\n").repeated(100);
+        const WindowFixture ui(WindowFixture::Library{{"b", lines}, {"empty", ""}, {"a", ""}});
+        const auto place = [&] {
+            const QQuickItem *const text = ui.item("scriptTextArea");
+            return std::pair(text->property("cursorPosition").toInt(), text->mapToScene({}).y());
+        };
+        ui.click("scriptTextArea");
+        ui.press(Qt::Key_End, Qt::ControlModifier);
+        ui.type("x");
+        const auto before = place();
+        ui.click(ui.itemSaying("empty"));
+        ui.click("scriptTextArea");
+        ui.type("y");
+        ui.click(ui.itemSaying("a"));
+        ui.click("scriptTextArea");
+        ui.pressCtrl(Qt::Key_Z);
+        QCOMPARE(ui.text("scriptTextArea"), "");
+        ui.click(ui.itemSaying("b"));
+        QCOMPARE(place(), before);
+        ui.click("sortIcon");
+        QCOMPARE(ui.rows("scriptListView"), QStringList({"a", "b", "empty"}));
+        QCOMPARE(place(), before);
+        ui.item("scriptTextArea")->forceActiveFocus();
+        ui.pressCtrl(Qt::Key_Z);
+        QCOMPARE(ui.text("scriptTextArea"), lines);
+        QTRY_COMPARE(ui.savedLibrary().at(1).text, lines);
+    }
+
+    void showsPlainLineEnds()
+    {
+        const WindowFixture::Library library{{"crlf", "a\r\nb"}, {"cr", "c\r"}, {"other", ""}};
+        const WindowFixture ui(library);
+        QCOMPARE(ui.text("scriptTextArea"), "a\nb");
+        QCOMPARE(ui.savedLibrary(), library); // nothing was done yet
+        ui.click(ui.itemSaying("cr"));
+        ui.click(ui.itemSaying("other"));
+        QTRY_COMPARE(ui.savedLibrary().at(1).text, "c\n");
+    }
+
     void keepsTheCursorInView_data()
     {
         const Rows<QString> add;

@@ -138,7 +138,7 @@ private:
         return background && background->property("color") == QColor("#222222");
     }
 
-    static WindowFixture::Library oneScript() { return {{"Tape", "# tape\n"}}; }
+    static WindowFixture::Library oneScript() { return {{"Tape", "# tape\r\n"}}; }
 
     void write(const QString &name, const QByteArray &content) const
     {

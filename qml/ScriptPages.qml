@@ -1,0 +1,70 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+
+/// The script editor, with a page of its own for each script that was shown lately, so that caret,
+/// scrolling and what can be undone belong to the script and survive a look at another one.
+FocusScope {
+    id: root
+
+    required property font scriptFont
+
+    readonly property int maxPages: 20 ///< kept, the latest
+
+    property ScriptEditor current: null
+    property var pages: [] ///< the latest last; a list<ScriptEditor> cannot be searched
+
+    /// The user changed the text.
+    signal edited
+
+    /// What is shown. No property, since its binding may still hold the text from before when
+    /// edited() arrives.
+    function text(): string {
+        return current?.text ?? "";
+    }
+
+    /// Shows the script of that number with this text; with number 0, that none is selected.
+    function show(scriptId: int, text: string) {
+        const page = pageOf(scriptId);
+        if (page.text !== text)
+            page.load(text);
+        if (page === current)
+            return;
+        const hadFocus = activeFocus;
+        current = page;
+        if (hadFocus)
+            page.edit();
+    }
+
+    /// Gives the page the keyboard, with the cursor at the end of its text.
+    function editAtEnd() {
+        current.edit();
+        current.moveToEnd();
+    }
+
+    function pageOf(scriptId: int): ScriptEditor {
+        let page = pages.find(page => page.scriptId === scriptId);
+        if (page)
+            pages = pages.filter(other => other !== page);
+        else
+            page = pageComponent.createObject(root, { scriptId: scriptId });
+        if (pages.length === maxPages)
+            pages.shift().destroy();
+        pages.push(page);
+        return page;
+    }
+
+    Component {
+        id: pageComponent
+
+        ScriptEditor {
+            id: page
+
+            anchors.fill: parent
+            visible: root.current === page
+            readOnly: page.scriptId === 0
+            scriptFont: root.scriptFont
+            onEdited: root.edited()
+        }
+    }
+}
