@@ -82,7 +82,7 @@ ApplicationWindow {
 
     function checkLength() {
         if (panes.editor.text().length > maxScriptLen)
-            (messageDialog.make() as SystemMessage).show(qsTr("Script exceeds maximum allowable length (6900 bytes)"));
+            (messageDialog.make() as SystemMessage).show(qsTr("Script exceeds maximum allowable length (%1 bytes)").arg(maxScriptLen));
     }
 
     function addScript(name: string, text: string) {
@@ -241,8 +241,8 @@ ApplicationWindow {
             rootWindow.updateScriptText();
             scriptListModel.saveInBackground();
         }
-        // A dropped script is selected, and the one that is selected is deleted.
-        scripts.takesDrops: !rootWindow.deleteInProgress
+        // Nothing is to change behind a question or a window that covers this one.
+        scripts.takesDrops: !(Overlay.overlay?.visible ?? false)
         scripts.onFilesDropped: urls => scriptFiles.readAll(urls)
     }
 
