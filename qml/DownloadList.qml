@@ -24,7 +24,7 @@ ListView {
     Accessible.role: Accessible.List
     Accessible.name: qsTr("Download list")
 
-    ScrollBar.vertical: ScrollBar {}
+    ScrollBar.vertical: NeededScrollBar {}
 
     Keys.onReturnPressed: activateCurrent()
     Keys.onEnterPressed: activateCurrent()

@@ -208,7 +208,10 @@ ApplicationWindow {
         scriptSelected: panes.scripts.currentIndex >= 0
         onSortRequested: rootWindow.sortScripts()
         onDeleteRequested: rootWindow.askToDelete()
-        onAddRequested: rootWindow.addScript(rootWindow.defaultScriptName, rootWindow.defaultScript)
+        onAddRequested: {
+            rootWindow.addScript(rootWindow.defaultScriptName, rootWindow.defaultScript);
+            panes.scripts.editFirstName();
+        }
         onOpenFileRequested: scriptFiles.chooseAndRead()
         onSaveFileRequested: scriptFiles.chooseAndWrite(rootWindow.getScriptName(), rootWindow.getScriptText())
         onReadRequested: transfers.readScript()
@@ -241,6 +244,7 @@ ApplicationWindow {
             rootWindow.updateScriptText();
             scriptListModel.saveInBackground();
         }
+        scripts.onNewScriptNamed: panes.editor.editAtEnd()
         // Nothing is to change behind a question or a window that covers this one.
         scripts.takesDrops: !(Overlay.overlay?.visible ?? false)
         scripts.onFilesDropped: urls => scriptFiles.readAll(urls)

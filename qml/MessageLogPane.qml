@@ -51,7 +51,7 @@ Item {
         contentWidth: width
         contentHeight: messageTextArea.height
 
-        ScrollBar.vertical: ScrollBar {}
+        ScrollBar.vertical: NeededScrollBar {}
 
         ScrolledTextArea {
             id: messageTextArea

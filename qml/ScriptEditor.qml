@@ -53,7 +53,7 @@ Flickable {
     contentWidth: lineNumbers.width + scriptTextArea.width
     contentHeight: scriptTextArea.height
 
-    ScrollBar.vertical: ScrollBar {}
+    ScrollBar.vertical: NeededScrollBar {}
     ScrollBar.horizontal: ScrollBar {}
 
     QtObject {

@@ -1,7 +1,9 @@
 import QtQuick
+import QtQuick.Controls
 import OstrelEditor
 
-/// One script of the library: its name, editable in place.
+/// One script of the library: its name, editable in place. A name that is wider than the row shows
+/// its beginning, and all of it in a tooltip.
 FocusScope {
     id: root
 
@@ -9,13 +11,34 @@ FocusScope {
     required property string scriptName
     required property int pointSize
 
+    property bool isNew: false ///< its name is edited for the first time
+    property string nameBefore: ""
+
     signal selected
     signal renamed(string name)
+    signal named ///< the first name was confirmed
     signal stepped(int rows)
 
     function editName() {
         nameField.forceActiveFocus();
         nameField.selectAll();
+    }
+
+    function editFirstName() {
+        editName();
+        isNew = true;
+    }
+
+    function confirmName() {
+        const wasNew = isNew;
+        leaveName();
+        if (wasNew)
+            named();
+    }
+
+    function restoreName() {
+        renamed(nameBefore);
+        leaveName();
     }
 
     /// Gives the keyboard back to the list.
@@ -49,6 +72,7 @@ FocusScope {
         anchors.right: parent.right
         anchors.rightMargin: 10
         anchors.verticalCenter: parent.verticalCenter
+        opacity: elided.visible ? 0 : 1
         text: root.scriptName
         font.pointSize: root.pointSize
         color: root.ListView.isCurrentItem ? palette.highlightedText : palette.windowText
@@ -64,16 +88,18 @@ FocusScope {
         onTextEdited: root.renamed(text)
         onActiveFocusChanged: {
             if (activeFocus) {
+                root.nameBefore = text;
                 root.selected();
             } else {
+                root.isNew = false;
                 focus = false; // or the row would hand the keyboard to its name later
                 cursorPosition = 0; // a long name shows its beginning again
             }
         }
         // Keys instead of accepted(), after which the list would get the key and edit the name again.
-        Keys.onReturnPressed: root.leaveName()
-        Keys.onEnterPressed: root.leaveName()
-        Keys.onEscapePressed: root.leaveName()
+        Keys.onReturnPressed: root.confirmName()
+        Keys.onEnterPressed: root.confirmName()
+        Keys.onEscapePressed: root.restoreName()
         Keys.onUpPressed: {
             root.leaveName();
             root.stepped(-1);
@@ -83,4 +109,25 @@ FocusScope {
             root.stepped(1);
         }
     }
+
+    // A text field cannot elide.
+    Text {
+        id: elided
+
+        anchors.fill: nameField
+        visible: !nameField.activeFocus && nameField.contentWidth > nameField.width
+        text: root.scriptName
+        textFormat: Text.PlainText
+        elide: Text.ElideRight
+        font: nameField.font
+        color: nameField.color
+    }
+
+    HoverHandler {
+        id: hover
+    }
+
+    ToolTip.visible: hover.hovered && elided.visible
+    ToolTip.delay: 600
+    ToolTip.text: root.scriptName
 }

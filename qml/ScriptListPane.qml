@@ -21,6 +21,7 @@ ColumnLayout {
     property alias count: scriptListView.count
 
     signal selectionChanged
+    signal newScriptNamed
     signal filesDropped(var urls)
 
     function select(row: int) {
@@ -30,6 +31,12 @@ ColumnLayout {
 
     function selectLast() {
         select(scriptListView.count - 1);
+    }
+
+    /// Lets the user name the selected script, which is new.
+    function editFirstName() {
+        scriptListView.positionViewAtIndex(currentIndex, ListView.Contain);
+        (scriptListView.currentItem as ScriptListDelegate)?.editFirstName();
     }
 
     spacing: 0
@@ -101,7 +108,9 @@ ColumnLayout {
         Accessible.role: Accessible.List
         Accessible.name: qsTr("Available Scripts")
 
-        ScrollBar.vertical: ScrollBar {}
+        ScrollBar.vertical: NeededScrollBar {
+            id: listBar
+        }
 
         onCurrentIndexChanged: root.selectionChanged()
         Keys.onReturnPressed: event => editName(event)
@@ -122,7 +131,7 @@ ColumnLayout {
         }
 
         delegate: ScriptListDelegate {
-            width: ListView.view.width
+            width: ListView.view.width - (listBar.size < 1 ? listBar.width : 0)
             pointSize: root.namePointSize
 
             onSelected: {
@@ -130,6 +139,7 @@ ColumnLayout {
                 if (index >= 0)
                     scriptListView.currentIndex = index;
             }
+            onNamed: root.newScriptNamed()
             onRenamed: name => root.model.modifyScriptName(index, name)
             onStepped: rows => scriptListView.stepBy(rows)
         }

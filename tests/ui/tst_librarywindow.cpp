@@ -50,6 +50,39 @@ private slots:
                  (scripts::Script{"NEW SCRIPT", "from ostrel import *\n\n"}));
     }
 
+    void namesTheNewScript()
+    {
+        const WindowFixture ui(threeScripts());
+        ui.click("plusIcon");
+        ui.type("Looper"); // replaces the name
+        ui.press(Qt::Key_Return);
+        ui.type("x = 1");
+        QCOMPARE(ui.text("scriptTextArea"), "from ostrel import *\n\nx = 1");
+        QTRY_COMPARE(ui.savedNames().last(), "Looper");
+    }
+
+    void showsLongNamesAndLists()
+    {
+        WindowFixture::Library library(40, {"x", ""});
+        const QString name = "A name that is much wider than the column of the list is anywhere";
+        library.first().name = name;
+        const WindowFixture ui(library);
+        const QQuickItem *const shown = ui.itemSaying(name);
+        QVERIFY(shown->property("truncated").toBool());
+        QTest::mouseMove(ui.window(), QPoint(100, 112));
+        QTest::mouseMove(ui.window(), QPoint(101, 112));
+        QTRY_VERIFY(!ui.itemSaying(name)->property("truncated").toBool()); // the tooltip
+        ui.takePicture("long-names");
+
+        // All of a row reacts, up to the scroll bar that is seen.
+        const QQuickItem *const list = ui.item("scriptListView");
+        const QQuickItem *const row = shown->parentItem();
+        QVERIFY(row->width() < list->width());
+        const QPointF edge = row->mapToScene({row->width() - 2, 2.5 * row->height()});
+        QTest::mouseClick(ui.window(), Qt::LeftButton, {}, edge.toPoint());
+        QCOMPARE(ui.value("scriptListView", "currentIndex").toInt(), 2);
+    }
+
     void deletesAfterAQuestion()
     {
         const WindowFixture ui(threeScripts());
@@ -155,9 +188,9 @@ private slots:
         ui.press(Qt::Key_F2);
         ui.type("Tape");
         ui.press(Qt::Key_Escape);
-        QCOMPARE(ui.focusedName(), "Tape");
+        QCOMPARE(ui.focusedName(), "Alpha");
         ui.press(Qt::Key_End);
-        QTRY_COMPARE(ui.savedNames(), QStringList({"beta", "Tape", "Delay <b>"}));
+        QTRY_COMPARE(ui.savedNames(), QStringList({"beta", "Alpha", "Delay <b>"}));
     }
 
     void keepsWhatIsTyped()
