@@ -26,7 +26,7 @@ RowLayout {
 
         Layout.fillWidth: true
         Layout.fillHeight: true
-        Layout.minimumWidth: root.width / 6
+        Layout.minimumWidth: Math.max(root.width / 6, Math.min(scriptListPane.neededWidth, root.width / 2))
         Layout.preferredWidth: Theme.listWidth
         Layout.maximumWidth: root.width / 2
         model: root.scriptListModel

@@ -17,6 +17,9 @@ ColumnLayout {
     required property string deviceNeededText
     property bool takesDrops: true
 
+    /// With less, the title does not stand in full beside the icons.
+    readonly property real neededWidth: bar.neededWidth
+
     property alias currentIndex: scriptListView.currentIndex
     property alias count: scriptListView.count
 
@@ -44,12 +47,14 @@ ColumnLayout {
     PaneBar {
         id: bar
 
+        readonly property int edgeDistance: 25
         readonly property int iconStep: 25
+        readonly property int iconWidth: 20
 
         Layout.fillWidth: true
         title: qsTr("Available Scripts")
         titleMargin: scriptIcon.x + scriptIcon.width + 5
-        iconsWidth: 4 * iconStep - 10
+        iconsWidth: edgeDistance + 2 * iconStep + iconWidth + 10
 
         Image {
             id: scriptIcon
@@ -75,7 +80,7 @@ ColumnLayout {
                 objectName: modelData.name
                 hitMargin: 2
                 anchors.right: bar.right
-                anchors.rightMargin: bar.iconStep * (3 - index) - width / 2
+                anchors.rightMargin: bar.edgeDistance + bar.iconStep * (2 - index)
                 anchors.verticalCenter: bar.verticalCenter
             }
         }

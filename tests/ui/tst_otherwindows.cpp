@@ -250,8 +250,8 @@ private slots:
             {"list bar", normal, {3, 63}, "#303030"},
             {"selected row", normal, {3, 110}, "royalblue"},
             {"list", normal, {100, 600}, "#000000"},
-            {"divider", normal, {255, 400}, "#FFFFFF"},
-            {"line numbers", normal, {265, 590}, "#666666"},
+            {"divider", normal, {320, 400}, "#FFFFFF"},
+            {"line numbers", normal, {335, 590}, "#666666"},
             {"editor", normal, {1000, 590}, "#222222"},
             {"options, smallest", smallest, {3, 596}, "#222222"},
             {"handle, smallest", smallest, {700, 442}, "#666666"}};
@@ -260,6 +260,15 @@ private slots:
             ui.window()->resize(size);
             QTRY_VERIFY2(ui.window()->grabWindow().pixelColor(place) == colour, name);
             ui.takePicture(QString("main-%1x%2").arg(size.width()).arg(size.height()));
+        }
+
+        const QQuickItem *const title = ui.itemSaying("Available Scripts");
+        QVERIFY(title->property("paintedWidth").toReal() >= title->implicitWidth() - 1);
+        qreal right = ui.item("scriptListView")->width();
+        for (const char *icon : {"plusIcon", "minusIcon", "sortIcon"}) {
+            const QQuickItem *const item = ui.item(icon);
+            QCOMPARE(item->mapToScene({item->width(), 0}).x(), right - 25);
+            right -= 25;
         }
     }
 
