@@ -3,7 +3,8 @@ import QtQuick.Controls
 import OstrelEditor
 import Scripts
 
-/// What the box prints and what the editor did with it.
+/// What the box prints and what the editor did with it. Follows what comes while its end is in
+/// sight; scrolled up, it stays where it is.
 Item {
     id: root
 
@@ -16,6 +17,7 @@ Item {
 
     function clear() {
         appender.clear();
+        view.follows = true;
     }
 
     PaneBar {
@@ -39,8 +41,11 @@ Item {
     Flickable {
         id: view
 
-        function showEnd() {
-            contentY = Math.max(0, contentHeight - height);
+        property bool follows: true
+
+        function followEnd() {
+            if (follows)
+                contentY = Math.max(0, contentHeight - height);
         }
 
         anchors.top: bar.bottom
@@ -50,6 +55,11 @@ Item {
         boundsBehavior: Flickable.StopAtBounds
         contentWidth: width
         contentHeight: messageTextArea.height
+
+        // Text that comes moves the end, not the view, so this is the user's doing, or followEnd's.
+        onContentYChanged: follows = contentY + height >= contentHeight - messageTextArea.bottomPadding - 1
+        onContentHeightChanged: followEnd()
+        onHeightChanged: followEnd()
 
         ScrollBar.vertical: NeededScrollBar {}
 
@@ -86,7 +96,6 @@ Item {
     TextAppender {
         id: appender
 
-        onAppended: view.showEnd()
         Component.onCompleted: setDocumentFromQML(messageTextArea.textDocument)
     }
 }
