@@ -149,6 +149,9 @@ ApplicationWindow {
 
     ScriptListModel {
         id: scriptListModel
+
+        onSavingFailed: folder => rootWindow.logMessage(qsTr("Your scripts cannot be saved: %1\n").arg(folder))
+        onSavingWorksAgain: rootWindow.logMessage(qsTr("Your scripts can be saved again.\n"))
     }
 
     ScriptListModel {

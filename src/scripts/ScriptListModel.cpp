@@ -280,7 +280,7 @@ bool ScriptListModel::saveToFile(const QString &fileName) const
     const bool saved = isLibrary ? m_file->save(m_scripts, m_revision)
                                  : scripts::replaceFile(fileName, scripts::writeLibrary(m_scripts));
     if (isLibrary)
-        noteSaving(saved);
+        noteSaving(++m_attempts, saved);
     if (!saved)
         warnNotWritten(fileName);
     return saved;
@@ -294,16 +294,17 @@ void ScriptListModel::saveInBackground()
         return;
     // What still waits there holds an older state of the list.
     m_saver.clear();
-    m_saver.start([this, file = m_file, list = m_scripts, revision = m_revision] {
-        const bool saved = file->saveChanges(list, revision);
-        if (!saved)
-            warnNotWritten(file->path());
-        QMetaObject::invokeMethod(this, [this, saved] {
-            noteSaving(saved);
+    m_saver.start(
+        [this, file = m_file, list = m_scripts, revision = m_revision, attempt = ++m_attempts] {
+            const bool saved = file->saveChanges(list, revision);
             if (!saved)
-                m_deadline.start();
+                warnNotWritten(file->path());
+            QMetaObject::invokeMethod(this, [this, attempt, saved] {
+                noteSaving(attempt, saved);
+                if (!saved)
+                    m_deadline.start();
+            });
         });
-    });
 }
 
 void ScriptListModel::loadFromUrl(const QString &url)
@@ -336,15 +337,19 @@ void ScriptListModel::saveNow()
     if (m_scriptFileName.isEmpty())
         return;
     const bool saved = m_file->saveChanges(m_scripts, m_revision);
-    noteSaving(saved);
+    noteSaving(++m_attempts, saved);
     if (saved)
         return;
     warnNotWritten(m_scriptFileName);
     m_deadline.start();
 }
 
-void ScriptListModel::noteSaving(bool saved) const
+void ScriptListModel::noteSaving(quint64 attempt, bool saved) const
 {
+    // What was saved in the background may be told after a later save at once.
+    if (attempt < m_notedAttempt)
+        return;
+    m_notedAttempt = attempt;
     if (saved != m_savingFails)
         return;
     m_savingFails = !saved;

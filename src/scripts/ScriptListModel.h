@@ -91,7 +91,8 @@ private:
     [[nodiscard]] bool isRow(int index) const;
     void refresh();
     void saveNow();
-    void noteSaving(bool saved) const;
+    /// `attempt` numbers the saves in the order in which they began.
+    void noteSaving(quint64 attempt, bool saved) const;
     void edited();
     /// New numbers for a new list.
     void numberScripts();
@@ -103,6 +104,8 @@ private:
     QNetworkAccessManager m_networkManager;
     std::shared_ptr<LibraryFile> m_file;
     quint64 m_revision = 0;
+    mutable quint64 m_attempts = 0;
+    mutable quint64 m_notedAttempt = 0;
     mutable bool m_savingFails = false;
     QTimer m_settle;
     QTimer m_deadline;

@@ -47,6 +47,29 @@ private slots:
         QTRY_VERIFY(ui.text("messageTextArea").endsWith("last\n"));
         QTRY_VERIFY(endIsInSight());
     }
+
+    void saysThatScriptsCannotBeSaved()
+    {
+        const WindowFixture ui(OneScript);
+        const QString folder = ui.home().folder();
+        QVERIFY(QDir(folder).removeRecursively());
+        QFile inTheWay(folder);
+        QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+        // Every failure is a warning, and how many there are is a matter of time.
+        const QtMessageHandler handler =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+        ui.click("plusIcon");
+        ui.click("plusIcon");
+        const QString failed = "Your scripts cannot be saved: " + folder + '\n';
+        const bool told = QTest::qWaitFor([&] { return ui.text("messageTextArea") == failed; });
+        const bool removed = inTheWay.remove();
+        ui.click("plusIcon");
+        const QString works = failed + "Your scripts can be saved again.\n";
+        QTRY_COMPARE(ui.text("messageTextArea"), works);
+        qInstallMessageHandler(handler);
+        QVERIFY(told && removed);
+        QCOMPARE(ui.savedNames().size(), 4);
+    }
 };
 
 WINDOW_TEST_MAIN(WritingWindowTest)
