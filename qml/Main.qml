@@ -223,6 +223,13 @@ ApplicationWindow {
         onDownloadRequested: downloadScriptWindow.open()
         onGuideRequested: guideWindow.open()
         onClearRequested: panes.log.clear()
+        onPaneStepped: direction => paneRing.step(direction)
+    }
+
+    PaneRing {
+        id: paneRing
+
+        stops: [panes.scripts.list, panes.editor, panes.log.textArea, headerBar.chooser]
     }
 
     header: HeaderBar {

@@ -10,6 +10,8 @@ Item {
 
     required property WindowActions actions
 
+    readonly property alias textArea: messageTextArea
+
     /// Adds `text` at the end, as it is.
     function append(text: string) {
         appender.append(text);

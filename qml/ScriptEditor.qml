@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Controls
+import Editing
 import OSTSyntaxHighlighter
 import OstrelEditor
 
@@ -84,10 +85,40 @@ Flickable {
         }
         onCursorRectangleChanged: view.keepCursorVisible()
 
-        Keys.onTabPressed: {
-            if (!readOnly)
+        /// True when that is done. What is none of these keys is left to the text area.
+        function pressPythonKey(event: var): bool {
+            const ctrl = (event.modifiers & ~Qt.KeypadModifier) === Qt.ControlModifier;
+            const plain = (event.modifiers & ~(Qt.KeypadModifier | Qt.ShiftModifier)) === 0;
+            const hasSelection = selectionStart !== selectionEnd;
+            if (event.matches(StandardKey.Paste))
+                pythonKeys.paste(selectionStart, selectionEnd);
+            else if (ctrl && event.key === Qt.Key_Slash)
+                pythonKeys.toggleComments(selectionStart, selectionEnd);
+            else if (plain && (event.key === Qt.Key_Return || event.key === Qt.Key_Enter))
+                pythonKeys.breakLine(selectionStart, selectionEnd);
+            else if (event.key === Qt.Key_Backtab)
+                pythonKeys.outdent(selectionStart, selectionEnd);
+            else if (event.key === Qt.Key_Tab && hasSelection)
+                pythonKeys.indent(selectionStart, selectionEnd);
+            else if (event.key === Qt.Key_Tab)
                 insert(cursorPosition, "    ");
+            else
+                return plain && event.key === Qt.Key_Backspace && !hasSelection
+                    && pythonKeys.deleteIndent(cursorPosition);
+            return true;
         }
+
+        Keys.onPressed: event => {
+            // The keys that move by a page are taken by now.
+            if (!event.accepted && !readOnly)
+                event.accepted = pressPythonKey(event);
+        }
+    }
+
+    PythonKeys {
+        id: pythonKeys
+
+        Component.onCompleted: setDocumentFromQML(scriptTextArea.textDocument)
     }
 
     LineNumbers {

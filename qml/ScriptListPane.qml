@@ -22,6 +22,7 @@ ColumnLayout {
 
     property alias currentIndex: scriptListView.currentIndex
     property alias count: scriptListView.count
+    readonly property alias list: scriptListView
 
     signal selectionChanged
     signal newScriptNamed

@@ -20,6 +20,7 @@ Item {
     signal downloadRequested
     signal guideRequested
     signal clearRequested
+    signal paneStepped(int direction)
 
     readonly property ShortcutAction sortScripts: ShortcutAction {
         text: qsTr("Sort scripts")
@@ -82,7 +83,18 @@ Item {
         onTriggered: root.clearRequested()
     }
 
+    readonly property ShortcutAction nextPane: ShortcutAction {
+        text: qsTr("Go to the next of list, editor, log and device menu")
+        keys: "F6"
+        onTriggered: root.paneStepped(1)
+    }
+    readonly property ShortcutAction previousPane: ShortcutAction {
+        text: qsTr("Go to the one before")
+        keys: "Shift+F6"
+        onTriggered: root.paneStepped(-1)
+    }
+
     /// In the order in which the guide lists them.
     readonly property list<Action> all: [addScript, deleteScript, sortScripts, openFile, saveFile, readScript,
-        sendScript, clearLog, settings, downloadScripts, readGuide]
+        sendScript, clearLog, settings, downloadScripts, readGuide, nextPane, previousPane]
 }
