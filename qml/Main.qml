@@ -99,6 +99,11 @@ ApplicationWindow {
         updateScriptText();
     }
 
+    function selectKept(row: int) {
+        if (row >= 0)
+            panes.scripts.select(row);
+    }
+
     function askToDelete() {
         deleteInProgress = true;
         const dialog = okCancelDialog.make() as TextDialog;
@@ -108,7 +113,7 @@ ApplicationWindow {
 
     function deleteScript() {
         if (deleteInProgress)
-            scriptListModel.removeScript(panes.scripts.currentIndex);
+            keeping.remove(panes.scripts.currentIndex);
         updateScriptText();
         deleteInProgress = false;
     }
@@ -183,6 +188,13 @@ ApplicationWindow {
         }
     }
 
+    ScriptKeeping {
+        id: keeping
+
+        scriptListModel: scriptListModel
+        onLogged: message => rootWindow.logMessage(message)
+    }
+
     ScriptTransfers {
         id: transfers
 
@@ -215,6 +227,9 @@ ApplicationWindow {
             rootWindow.addScript(rootWindow.defaultScriptName, rootWindow.defaultScript);
             panes.scripts.editFirstName();
         }
+        onRestoreRequested: rootWindow.selectKept(keeping.restore())
+        onDuplicateRequested: rootWindow.selectKept(keeping.duplicate(panes.scripts.currentIndex))
+        onMoveRequested: rows => rootWindow.selectKept(keeping.move(panes.scripts.currentIndex, rows))
         onOpenFileRequested: scriptFiles.chooseAndRead()
         onSaveFileRequested: scriptFiles.chooseAndWrite(rootWindow.getScriptName(), rootWindow.getScriptText())
         onReadRequested: transfers.readScript()

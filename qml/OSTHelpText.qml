@@ -24,7 +24,9 @@ Item {
     readonly property string availableScripts: markup.heading(2, qsTr("Available Scripts"))
         + markup.paragraph(qsTr("The column on the left lists the scripts that you have "
             + "downloaded or written. Click a name to select a script, and type to rename it. "
-            + "A .py file that is dropped on the list is added to it. The options at the top "
+            + "A .py file that is dropped on the list is added to it. In the list, letters jump to "
+            + "a name, and Alt with the up or down arrow moves a script. A script that you deleted "
+            + "comes back with Ctrl+Shift+T, as long as the program runs. The options at the top "
             + "of the list are:"))
         + markup.list([
             markup.option(qsTr("Up/Down arrow"), qsTr("Alphabetically sorts your list of scripts")),

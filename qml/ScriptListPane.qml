@@ -29,6 +29,8 @@ ColumnLayout {
     signal filesDropped(var urls)
 
     function select(row: int) {
+        // Or what the model did meanwhile would be applied to the new index as well.
+        scriptListView.forceLayout();
         scriptListView.currentIndex = row < scriptListView.count ? row : -1;
         scriptListView.positionViewAtIndex(row, ListView.Contain);
     }
@@ -95,6 +97,20 @@ ColumnLayout {
             forceActiveFocus();
         }
 
+        /// Selects the next script whose name begins with what was typed of late.
+        function jumpBy(letter: string) {
+            const isFirst = typed.letters === "";
+            typed.letters += letter.toLowerCase();
+            typed.restart();
+            for (let i = isFirst ? 1 : 0; i <= count; ++i) {
+                const row = (currentIndex + i) % count;
+                if (root.model.scriptNameAt(row).toLowerCase().startsWith(typed.letters)) {
+                    root.select(row);
+                    return;
+                }
+            }
+        }
+
         /// On Return, which means something else with Ctrl, even where that cannot be done.
         function editName(event: var) {
             event.accepted = !(event.modifiers & Qt.ControlModifier);
@@ -134,6 +150,19 @@ ColumnLayout {
                 stepBy(steps[event.key]);
             else if (event.key === Qt.Key_F2)
                 (currentItem as ScriptListDelegate)?.editName();
+            else if (count > 0 && /^[^\s\x00-\x1F\x7F]$/.test(event.text) && !(event.modifiers & commandKeys))
+                jumpBy(event.text);
+        }
+
+        readonly property int commandKeys: Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier
+
+        Timer {
+            id: typed
+
+            property string letters: ""
+
+            interval: 1000
+            onTriggered: letters = ""
         }
 
         delegate: ScriptListDelegate {

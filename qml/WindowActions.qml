@@ -12,6 +12,9 @@ Item {
     signal sortRequested
     signal deleteRequested
     signal addRequested
+    signal restoreRequested
+    signal duplicateRequested
+    signal moveRequested(int rows)
     signal openFileRequested
     signal saveFileRequested
     signal readRequested
@@ -36,6 +39,29 @@ Item {
         text: qsTr("Add script")
         keys: "Ctrl+N"
         onTriggered: root.addRequested()
+    }
+    readonly property ShortcutAction restoreScript: ShortcutAction {
+        text: qsTr("Bring back the script that was deleted last")
+        keys: "Ctrl+Shift+T"
+        onTriggered: root.restoreRequested()
+    }
+    readonly property ShortcutAction duplicateScript: ShortcutAction {
+        text: qsTr("Duplicate script")
+        keys: "Ctrl+Shift+D"
+        enabled: root.scriptSelected
+        onTriggered: root.duplicateRequested()
+    }
+    readonly property ShortcutAction moveScriptUp: ShortcutAction {
+        text: qsTr("Move script up")
+        keys: "Alt+Up"
+        enabled: root.scriptSelected
+        onTriggered: root.moveRequested(-1)
+    }
+    readonly property ShortcutAction moveScriptDown: ShortcutAction {
+        text: qsTr("Move script down")
+        keys: "Alt+Down"
+        enabled: root.scriptSelected
+        onTriggered: root.moveRequested(1)
     }
     readonly property ShortcutAction openFile: ShortcutAction {
         text: qsTr("Add script from file")
@@ -95,6 +121,7 @@ Item {
     }
 
     /// In the order in which the guide lists them.
-    readonly property list<Action> all: [addScript, deleteScript, sortScripts, openFile, saveFile, readScript,
+    readonly property list<Action> all: [addScript, deleteScript, restoreScript, duplicateScript, sortScripts,
+        moveScriptUp, moveScriptDown, openFile, saveFile, readScript,
         sendScript, clearLog, settings, downloadScripts, readGuide, nextPane, previousPane]
 }

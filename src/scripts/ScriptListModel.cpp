@@ -231,6 +231,18 @@ QString ScriptListModel::scriptTextAt(int index)
     return isRow(index) ? m_scripts.at(index).text : QString();
 }
 
+void ScriptListModel::moveScript(int from, int to)
+{
+    if (!isRow(from) || !isRow(to) || from == to)
+        return;
+    // Views count the place in front of which the row comes to stand.
+    beginMoveRows({}, from, from, {}, to > from ? to + 1 : to);
+    m_scripts.move(from, to);
+    m_ids.move(from, to);
+    edited();
+    endMoveRows();
+}
+
 int ScriptListModel::scriptIdAt(int index) const
 {
     return isRow(index) ? m_ids.at(index) : 0;

@@ -80,6 +80,8 @@ public:
     Q_INVOKABLE void loadFromUrl(const QString &url);
     /// Saves without waiting for the disk what is not saved yet.
     Q_INVOKABLE void saveInBackground();
+    /// Gives a script another place; the others close up. Saved as a sort is.
+    Q_INVOKABLE void moveScript(int from, int to);
     /// A number that stays with a script wherever a sort puts it; 0 where there is no such row.
     Q_INVOKABLE int scriptIdAt(int index) const;
 

@@ -48,6 +48,56 @@ private slots:
         QTRY_VERIFY(endIsInSight());
     }
 
+    void bringsBackWhatWasDeleted()
+    {
+        const WindowFixture ui(
+            WindowFixture::Library{{"Alpha", "#"}, {"Flasher", "f"}, {"Fuzz", ""}});
+        const auto nowHas = [&](const QStringList &names, const QString &name) {
+            return QTest::qWaitFor([&] {
+                const int current = ui.value("scriptListView", "currentIndex").toInt();
+                return ui.rows("scriptListView") == names && names.value(current) == name &&
+                       ui.savedNames() == names;
+            });
+        };
+        ui.click(ui.itemSaying("Flasher"));
+        ui.press(Qt::Key_Return);
+        ui.click("minusIcon");
+        QTRY_VERIFY(ui.isOpen("okCancelDialog"));
+        ui.press(Qt::Key_Return);
+        QVERIFY(ui.closes("okCancelDialog"));
+        QCOMPARE(ui.text("messageTextArea"), "'Flasher' deleted. Ctrl+Shift+T brings it back.\n");
+        QVERIFY(nowHas({"Alpha", "Fuzz"}, "Fuzz"));
+        for (int times = 0; times < 2; ++times) { // the second finds nothing
+            ui.press(Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
+            QVERIFY(nowHas({"Alpha", "Flasher", "Fuzz"}, "Flasher"));
+        }
+
+        QCOMPARE(ui.text("scriptTextArea"), "f");
+        ui.press(Qt::Key_D, Qt::ControlModifier | Qt::ShiftModifier);
+        QVERIFY(nowHas({"Alpha", "Flasher", "Flasher copy", "Fuzz"}, "Flasher copy"));
+        ui.press(Qt::Key_Up, Qt::AltModifier);
+        ui.press(Qt::Key_Up, Qt::AltModifier);
+        ui.press(Qt::Key_Up, Qt::AltModifier); // stays first
+        QVERIFY(nowHas({"Flasher copy", "Alpha", "Flasher", "Fuzz"}, "Flasher copy"));
+        ui.press(Qt::Key_Down, Qt::AltModifier);
+        QVERIFY(nowHas({"Alpha", "Flasher copy", "Flasher", "Fuzz"}, "Flasher copy"));
+    }
+
+    void jumpsToANameByItsLetters()
+    {
+        const WindowFixture ui(
+            WindowFixture::Library{{"Alpha", ""}, {"Flasher", ""}, {"fuzz", ""}});
+        const auto row = [&] { return ui.value("scriptListView", "currentIndex").toInt(); };
+        ui.press(Qt::Key_F6);
+        ui.press(Qt::Key_F6, Qt::ShiftModifier);
+        ui.type("F");
+        QCOMPARE(row(), 1);
+        ui.type("u");
+        QCOMPARE(row(), 2);
+        ui.type("x"); // no such name
+        QCOMPARE(row(), 2);
+    }
+
     void saysThatScriptsCannotBeSaved()
     {
         const WindowFixture ui(OneScript);
