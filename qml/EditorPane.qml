@@ -9,6 +9,8 @@ Item {
     required property string deviceNeededText
 
     readonly property alias editor: scriptPages
+    readonly property alias findBar: finding
+    readonly property alias lineBar: lineGoing
 
     PaneBar {
         id: bar
@@ -39,12 +41,29 @@ Item {
         }
     }
 
+    FindBar {
+        id: finding
+
+        anchors.top: bar.bottom
+        width: parent.width
+        editor: scriptPages.current
+    }
+
+    LineBar {
+        id: lineGoing
+
+        anchors.top: finding.bottom
+        width: parent.width
+        editor: scriptPages.current
+    }
+
     ScriptPages {
         id: scriptPages
 
-        anchors.top: bar.bottom
+        anchors.top: lineGoing.bottom
         anchors.bottom: parent.bottom
         width: parent.width
         scriptFont: root.scriptFont
+        finder: finding.visible ? finding.finder : null
     }
 }

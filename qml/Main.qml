@@ -238,6 +238,9 @@ ApplicationWindow {
         onDownloadRequested: downloadScriptWindow.open()
         onGuideRequested: guideWindow.open()
         onClearRequested: panes.log.clear()
+        onFindRequested: replacing => panes.find(replacing)
+        onFindAgainRequested: forward => panes.findNext(forward)
+        onLineRequested: panes.askForLine()
         onPaneStepped: direction => paneRing.step(direction)
     }
 

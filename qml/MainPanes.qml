@@ -16,6 +16,25 @@ RowLayout {
 
     readonly property alias scripts: scriptListPane
     readonly property alias editor: editorPane.editor
+
+    /// Where the list has the keyboard, the scripts are looked through, and else the shown one.
+    function find(replacing: bool) {
+        if (scriptListPane.list.activeFocus && !replacing)
+            scriptListPane.startFiltering();
+        else
+            editorPane.findBar.find(replacing);
+    }
+
+    function findNext(forward: bool) {
+        if (forward)
+            editorPane.findBar.findNext();
+        else
+            editorPane.findBar.findPrevious();
+    }
+
+    function askForLine() {
+        editorPane.lineBar.ask();
+    }
     readonly property alias log: messageLogPane
     readonly property string deviceNeededText: qsTr("Connect a device first")
 

@@ -16,6 +16,13 @@ Flickable {
     // Aliases, since a binding may still hold the text from before when edited() arrives.
     property alias text: scriptTextArea.text
     property alias length: scriptTextArea.length
+    readonly property alias lineCount: scriptTextArea.lineCount
+    readonly property alias cursorPosition: scriptTextArea.cursorPosition
+    readonly property alias selectionStart: scriptTextArea.selectionStart
+    readonly property alias selectedText: scriptTextArea.selectedText
+    readonly property int selectionLength: scriptTextArea.selectionEnd - scriptTextArea.selectionStart
+    readonly property var document: scriptTextArea.textDocument
+    property TextFinder finder: null ///< whose places are tinted
     readonly property real textWidth: width - lineNumbers.width
 
     /// The user changed the text.
@@ -37,6 +44,18 @@ Flickable {
 
     function moveToEnd() {
         scriptTextArea.cursorPosition = length;
+    }
+
+    function select(start: int, end: int) {
+        scriptTextArea.select(start, end);
+    }
+
+    /// Puts the cursor at the beginning of a line, counted from 1, and the line in the middle.
+    function goToLine(line: int) {
+        const lines = text.split("\n").slice(0, line - 1);
+        scriptTextArea.cursorPosition = Math.min(length, lines.join("\n").length + (line > 1 ? 1 : 0));
+        const middle = scriptTextArea.cursorRectangle.y - height / 2;
+        contentY = Math.max(0, Math.min(contentHeight - height, middle));
     }
 
     function keepCursorVisible() {
@@ -75,6 +94,7 @@ Flickable {
         topPadding: 1
         font: view.scriptFont
         tabStopDistance: Theme.tabStop
+        persistentSelection: true // seen while the find bar has the keyboard
         wrapMode: TextEdit.NoWrap
 
         Accessible.name: qsTr("Script editor")
@@ -119,6 +139,14 @@ Flickable {
         id: pythonKeys
 
         Component.onCompleted: setDocumentFromQML(scriptTextArea.textDocument)
+    }
+
+    TextMarks {
+        x: scriptTextArea.x
+        textArea: scriptTextArea
+        viewport: view
+        source: view.finder
+        color: Theme.hitColor
     }
 
     LineNumbers {

@@ -9,8 +9,10 @@ FocusScope {
 
     required property int index
     required property string scriptName
+    required property string scriptText
     required property int pointSize
 
+    property bool isWanted: true ///< by what the list is filtered for
     property bool isNew: false ///< its name is edited for the first time
     property string nameBefore: ""
 
@@ -46,7 +48,8 @@ FocusScope {
         nameField.focus = false;
     }
 
-    implicitHeight: Theme.rowHeight
+    implicitHeight: isWanted ? Theme.rowHeight : 0
+    visible: isWanted
 
     Accessible.role: Accessible.ListItem
     Accessible.name: root.scriptName

@@ -35,6 +35,30 @@ ColumnLayout {
         scriptListView.positionViewAtIndex(row, ListView.Contain);
     }
 
+    function startFiltering() {
+        filterField.visible = true;
+        filterField.forceActiveFocus();
+        filterField.selectAll();
+    }
+
+    function endFiltering() {
+        filterField.clear();
+        filterField.visible = false;
+        scriptListView.forceActiveFocus();
+    }
+
+    function isWanted(name: string, text: string): bool {
+        const wanted = filterField.text.toLowerCase();
+        return wanted === "" || (name + "\n" + text).toLowerCase().includes(wanted);
+    }
+
+    /// The nearest row in that direction that the filter leaves, from `row` on; -1 for none.
+    function wantedRow(row: int, direction: int): int {
+        while (row >= 0 && row < count && !isWanted(model.scriptNameAt(row), model.scriptTextAt(row)))
+            row += direction;
+        return row < count ? row : -1;
+    }
+
     function selectLast() {
         select(scriptListView.count - 1);
     }
@@ -89,11 +113,30 @@ ColumnLayout {
         }
     }
 
+    BarField {
+        id: filterField
+
+        objectName: "filterField"
+        Layout.fillWidth: true
+        Layout.margins: 5
+        visible: false
+        hint: qsTr("Find scripts by name or text")
+        Keys.onEscapePressed: root.endFiltering()
+        Keys.onReturnPressed: scriptListView.stepBy(0)
+        Keys.onEnterPressed: scriptListView.stepBy(0)
+        Keys.onDownPressed: scriptListView.stepBy(0)
+    }
+
     ListView {
         id: scriptListView
 
         function stepBy(rows: int) {
-            root.select(Math.max(0, Math.min(count - 1, currentIndex + rows)));
+            const direction = rows < 0 ? -1 : 1;
+            const target = Math.max(0, Math.min(count - 1, currentIndex + rows));
+            const onwards = root.wantedRow(target, direction);
+            const row = onwards >= 0 ? onwards : root.wantedRow(target, -direction);
+            if (row >= 0)
+                root.select(row);
             forceActiveFocus();
         }
 
@@ -135,6 +178,13 @@ ColumnLayout {
         }
 
         onCurrentIndexChanged: root.selectionChanged()
+        Keys.onUpPressed: stepBy(-1)
+        Keys.onDownPressed: stepBy(1)
+        Keys.onEscapePressed: event => {
+            event.accepted = filterField.visible;
+            if (event.accepted)
+                root.endFiltering();
+        }
         Keys.onReturnPressed: event => editName(event)
         Keys.onEnterPressed: event => editName(event)
         Keys.onPressed: event => {
@@ -168,6 +218,7 @@ ColumnLayout {
         delegate: ScriptListDelegate {
             width: ListView.view.width - (listBar.size < 1 ? listBar.width : 0)
             pointSize: root.namePointSize
+            isWanted: root.isWanted(scriptName, scriptText)
 
             onSelected: {
                 // A row that was deleted may get the focus before it goes.

@@ -1,6 +1,7 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
+import Editing
 
 /// The script editor, with a page of its own for each script that was shown lately, so that caret,
 /// scrolling and what can be undone belong to the script and survive a look at another one.
@@ -11,6 +12,7 @@ FocusScope {
 
     readonly property int maxPages: 20 ///< kept, the latest
 
+    property TextFinder finder: null ///< whose places are tinted
     property ScriptEditor current: null
     property var pages: [] ///< the latest last; a list<ScriptEditor> cannot be searched
 
@@ -64,6 +66,7 @@ FocusScope {
             visible: root.current === page
             readOnly: page.scriptId === 0
             scriptFont: root.scriptFont
+            finder: page.visible ? root.finder : null
             onEdited: root.edited()
         }
     }

@@ -23,6 +23,9 @@ Item {
     signal downloadRequested
     signal guideRequested
     signal clearRequested
+    signal findRequested(bool replacing)
+    signal findAgainRequested(bool forward)
+    signal lineRequested
     signal paneStepped(int direction)
 
     readonly property ShortcutAction sortScripts: ShortcutAction {
@@ -109,6 +112,31 @@ Item {
         onTriggered: root.clearRequested()
     }
 
+    readonly property ShortcutAction find: ShortcutAction {
+        text: qsTr("Find in the script, or in the list a script")
+        keys: "Ctrl+F"
+        onTriggered: root.findRequested(false)
+    }
+    readonly property ShortcutAction replace: ShortcutAction {
+        text: qsTr("Replace in the script")
+        keys: "Ctrl+H"
+        onTriggered: root.findRequested(true)
+    }
+    readonly property ShortcutAction findNext: ShortcutAction {
+        text: qsTr("Find next")
+        keys: "F3"
+        onTriggered: root.findAgainRequested(true)
+    }
+    readonly property ShortcutAction findPrevious: ShortcutAction {
+        text: qsTr("Find previous")
+        keys: "Shift+F3"
+        onTriggered: root.findAgainRequested(false)
+    }
+    readonly property ShortcutAction goToLine: ShortcutAction {
+        text: qsTr("Go to a line")
+        keys: "Ctrl+G"
+        onTriggered: root.lineRequested()
+    }
     readonly property ShortcutAction nextPane: ShortcutAction {
         text: qsTr("Go to the next of list, editor, log and device menu")
         keys: "F6"
@@ -123,5 +151,5 @@ Item {
     /// In the order in which the guide lists them.
     readonly property list<Action> all: [addScript, deleteScript, restoreScript, duplicateScript, sortScripts,
         moveScriptUp, moveScriptDown, openFile, saveFile, readScript,
-        sendScript, clearLog, settings, downloadScripts, readGuide, nextPane, previousPane]
+        sendScript, clearLog, settings, downloadScripts, readGuide, find, replace, findNext, findPrevious, goToLine, nextPane, previousPane]
 }

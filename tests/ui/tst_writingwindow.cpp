@@ -98,6 +98,80 @@ private slots:
         QCOMPARE(row(), 2);
     }
 
+    void findsAndReplaces()
+    {
+        const QString line = "set_led(LED)\n";
+        const WindowFixture ui(
+            WindowFixture::Library{{"mine", line.repeated(60)}, {"other", "led"}});
+        const auto selection = [&] {
+            return std::pair(ui.value("scriptTextArea", "selectionStart").toInt(),
+                             ui.value("scriptTextArea", "selectedText").toString());
+        };
+        ui.click("scriptTextArea");
+        ui.press(Qt::Key_Home, Qt::ControlModifier);
+        for (int i = 0; i < 3; ++i)
+            ui.press(Qt::Key_Right, Qt::ShiftModifier);
+        ui.pressCtrl(Qt::Key_F); // for what is selected
+        QCOMPARE(ui.text("findField"), "set");
+        ui.type("led");
+        QCOMPARE(ui.text("findCount"), "1 of 120");
+        ui.takePicture("find");
+        ui.click(ui.itemSaying("Aa"));
+        ui.click(ui.itemSaying("|w|"));
+        QCOMPARE(ui.text("findCount"), "none");
+        ui.pressCtrl(Qt::Key_F);
+        ui.type("LED");
+        ui.press(Qt::Key_Return);
+        ui.press(Qt::Key_F3);
+        QCOMPARE(selection(), std::pair(2 * 13 + 8, QString("LED")));
+        ui.press(Qt::Key_F3, Qt::ShiftModifier);
+        ui.press(Qt::Key_Return, Qt::ShiftModifier);
+        QCOMPARE(selection(), std::pair(8, QString("LED")));
+        QCOMPARE(ui.text("findCount"), "1 of 60");
+
+        ui.pressCtrl(Qt::Key_H);
+        ui.click("replaceField");
+        ui.type("x");
+        ui.press(Qt::Key_Return);
+        QCOMPARE(ui.text("scriptTextArea"), "set_led(x)\n" + line.repeated(59));
+        QCOMPARE(ui.text("findCount"), "1 of 59");
+        ui.takePicture("replace-bar");
+        ui.click(ui.itemSaying("All"));
+        QCOMPARE(ui.text("scriptTextArea"), QString("set_led(x)\n").repeated(60));
+        ui.press(Qt::Key_Escape);
+        QVERIFY(!ui.item("findField"));
+        ui.pressCtrl(Qt::Key_Z);
+        QCOMPARE(ui.text("scriptTextArea"), "set_led(x)\n" + line.repeated(59));
+
+        ui.pressCtrl(Qt::Key_G);
+        ui.type("3");
+        ui.press(Qt::Key_Return);
+        ui.type("# ");
+        QCOMPARE(ui.text("scriptTextArea").indexOf("# "), 11 + 13);
+    }
+
+    void filtersTheList()
+    {
+        const WindowFixture ui(WindowFixture::Library{
+            {"Alpha", ""}, {"Flasher", "set_led(1)"}, {"LED test", ""}, {"fuzz", ""}});
+        const auto row = [&] { return ui.value("scriptListView", "currentIndex").toInt(); };
+        ui.press(Qt::Key_F6);
+        ui.press(Qt::Key_F6, Qt::ShiftModifier);
+        ui.pressCtrl(Qt::Key_F);
+        ui.type("led");
+        QTRY_COMPARE(ui.rows("scriptListView"), QStringList({"Flasher", "LED test"}));
+        ui.takePicture("filter");
+        for (const int expected : {1, 2, 2}) {
+            ui.press(Qt::Key_Down);
+            QCOMPARE(row(), expected);
+        }
+        ui.press(Qt::Key_Home);
+        QCOMPARE(row(), 1);
+        ui.press(Qt::Key_Escape);
+        QTRY_COMPARE(ui.rows("scriptListView").size(), 4);
+        QCOMPARE(ui.focusedName(), "Flasher");
+    }
+
     void saysThatScriptsCannotBeSaved()
     {
         const WindowFixture ui(OneScript);
