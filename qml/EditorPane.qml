@@ -7,6 +7,8 @@ Item {
     required property WindowActions actions
     required property font scriptFont
     required property string deviceNeededText
+    required property DeviceScript deviceScript
+    required property int maxLength
 
     readonly property alias editor: scriptPages
     readonly property alias findBar: finding
@@ -17,8 +19,20 @@ Item {
 
         width: parent.width
         title: qsTr("Current Script")
+        iconsWidth: 20 + 40 + 10 + 40 + 10
+
+        StateLine {
+            x: 160
+            width: readIcon.x - x - 15
+            anchors.verticalCenter: parent.verticalCenter
+            editor: scriptPages.current
+            deviceScript: root.deviceScript
+            maxLength: root.maxLength
+        }
 
         IconButton {
+            id: readIcon
+
             objectName: "readIcon"
             anchors.right: sendIcon.left
             anchors.rightMargin: 10

@@ -104,6 +104,16 @@ ApplicationWindow {
             panes.scripts.select(row);
     }
 
+    /// Errors are about the script that was sent or read last; without one, we take the selected.
+    function showError(line: int) {
+        const id = deviceScript.lastId;
+        const row = id > 0 ? scriptListModel.findScriptById(id) : panes.scripts.currentIndex;
+        if (row < 0)
+            return;
+        panes.scripts.select(row);
+        panes.editor.showError(line);
+    }
+
     function askToDelete() {
         deleteInProgress = true;
         const dialog = okCancelDialog.make() as TextDialog;
@@ -202,7 +212,21 @@ ApplicationWindow {
         scriptListModel: scriptListModel
         deviceConnected: rootWindow.connectedDevice !== -1
         onLogged: message => rootWindow.logMessage(message)
-        onScriptRead: (name, text) => rootWindow.addScript(name, text)
+        onScriptRead: (name, text) => {
+            rootWindow.addScript(name, text);
+            deviceScript.hold(panes.scripts.currentIndex, rootWindow.getScriptText());
+        }
+        onScriptSent: text => {
+            deviceScript.hold(panes.scripts.currentIndex, text);
+            panes.editor.clearMarks();
+        }
+        onDeviceScriptUnknown: deviceScript.forget()
+    }
+
+    DeviceScript {
+        id: deviceScript
+
+        scriptListModel: scriptListModel
     }
 
     ScriptFiles {
@@ -241,6 +265,7 @@ ApplicationWindow {
         onFindRequested: replacing => panes.find(replacing)
         onFindAgainRequested: forward => panes.findNext(forward)
         onLineRequested: panes.askForLine()
+        onErrorRequested: panes.log.showLatestError()
         onPaneStepped: direction => paneRing.step(direction)
     }
 
@@ -255,7 +280,10 @@ ApplicationWindow {
 
         firmwareUpdateObj: rootWindow.updater
         listModel: connectedDeviceListModel
-        chooser.onDeviceIsConnected: index => rootWindow.connectedDevice = index
+        chooser.onDeviceIsConnected: index => {
+            rootWindow.connectedDevice = index;
+            deviceScript.forget();
+        }
         chooser.onLogged: message => rootWindow.logMessage(message)
     }
 
@@ -267,11 +295,14 @@ ApplicationWindow {
         scriptListModel: scriptListModel
         scriptFont: Qt.font({ family: rootWindow.scriptFont, bold: rootWindow.scriptFontBold, pointSize: rootWindow.scriptPointSize })
         namePointSize: rootWindow.defaultPointSize
+        deviceScript: deviceScript
+        maxScriptLength: rootWindow.maxScriptLen
         editor.onEdited: rootWindow.takeEdit()
         scripts.onSelectionChanged: {
             rootWindow.updateScriptText();
             scriptListModel.saveInBackground();
         }
+        log.onErrorLineWanted: line => rootWindow.showError(line)
         scripts.onNewScriptNamed: panes.editor.editAtEnd()
         // Nothing is to change behind a question or a window that covers this one.
         scripts.takesDrops: !(Overlay.overlay?.visible ?? false)

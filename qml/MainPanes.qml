@@ -13,6 +13,8 @@ RowLayout {
     required property ScriptListModel scriptListModel
     required property font scriptFont
     required property int namePointSize
+    required property DeviceScript deviceScript
+    required property int maxScriptLength
 
     readonly property alias scripts: scriptListPane
     readonly property alias editor: editorPane.editor
@@ -51,6 +53,7 @@ RowLayout {
         model: root.scriptListModel
         actions: root.actions
         namePointSize: root.namePointSize
+        heldScriptId: root.deviceScript.scriptId
         deviceNeededText: root.deviceNeededText
     }
 
@@ -77,6 +80,8 @@ RowLayout {
             SplitView.minimumHeight: 2 * Theme.paneBarHeight
             actions: root.actions
             scriptFont: root.scriptFont
+            deviceScript: root.deviceScript
+            maxLength: root.maxScriptLength
             deviceNeededText: root.deviceNeededText
         }
 

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Controls
+import Editing
 import OstrelEditor
 import Scripts
 
@@ -11,6 +12,15 @@ Item {
     required property WindowActions actions
 
     readonly property alias textArea: messageTextArea
+
+    /// The user asks for the line that an error names.
+    signal errorLineWanted(int line)
+
+    function showLatestError() {
+        const line = errorLines.latest();
+        if (line > 0)
+            errorLineWanted(line);
+    }
 
     /// Adds `text` at the end, as it is.
     function append(text: string) {
@@ -76,6 +86,24 @@ Item {
 
             Accessible.name: qsTr("Message log")
 
+            function errorLineAt(x: real, y: real): int {
+                return errorLines.lineNamedAt(positionAt(x, y));
+            }
+
+            onReleased: event => {
+                const line = errorLineAt(event.x, event.y);
+                // Later, since the click itself gives the log the keyboard after this.
+                if (line > 0 && selectedText === "")
+                    Qt.callLater(root.errorLineWanted, line);
+            }
+
+            HoverHandler {
+                readonly property bool isOnLine: hovered
+                    && messageTextArea.errorLineAt(point.position.x, point.position.y) > 0
+
+                cursorShape: isOnLine ? Qt.PointingHandCursor : Qt.IBeamCursor
+            }
+
             onCursorRectangleChanged: {
                 if (activeFocus)
                     keepLineVisible();
@@ -93,6 +121,12 @@ Item {
         anchors.margins: 10
         source: "/assets/ZEVLogo.svg"
         opacity: Theme.normalIconOpacity
+    }
+
+    ErrorLines {
+        id: errorLines
+
+        Component.onCompleted: setDocumentFromQML(messageTextArea.textDocument)
     }
 
     TextAppender {

@@ -38,7 +38,9 @@ Item {
         + markup.paragraph(qsTr("Click the title of a script and its contents appear in the "
             + "Current Script area, where you can edit them. Your changes are saved "
             + "automatically on your computer or tablet. The two options at the top are "
-            + "enabled only while a device is connected:"))
+            + "enabled only while a device is connected. Beside them stands how long the script is, "
+            + "whether your device has it, and how many of its characters will not survive the way "
+            + "there, because only plain English letters, digits and signs do:"))
         + markup.list([
             markup.option(qsTr("Read Script"),
                 qsTr("Reads the script that is loaded in your device and adds it to the list")),
@@ -62,7 +64,9 @@ Item {
         + markup.paragraph(qsTr("The area at the lower right shows every message that your "
             + "device sends. That is useful when you look for a mistake in a script: errors "
             + "that the device's scripting system reports appear there, and so does the output "
-            + "of print statements. The <b>Clear</b> button empties the log."))
+            + "of print statements. Click on the line number of an error, or press F8 for the "
+            + "latest, and that line of the script that you sent last is shown. The log follows what "
+            + "comes unless you scroll up. The <b>Clear</b> button empties the log."))
 
     readonly property string writingScripts: markup.heading(1, qsTr("Writing Scripts"))
         + markup.paragraph(qsTr("Scripts are written in the MicroPython language, which is "

@@ -22,6 +22,8 @@ Flickable {
     readonly property alias selectedText: scriptTextArea.selectedText
     readonly property int selectionLength: scriptTextArea.selectionEnd - scriptTextArea.selectionStart
     readonly property var document: scriptTextArea.textDocument
+    readonly property alias lost: lostCharacters
+    property int markedLine: 0 ///< whose number stands out until the next edit; 0 for none
     property TextFinder finder: null ///< whose places are tinted
     readonly property real textWidth: width - lineNumbers.width
 
@@ -100,8 +102,10 @@ Flickable {
         Accessible.name: qsTr("Script editor")
 
         onTextChanged: {
-            if (!loading.active)
-                view.edited();
+            if (loading.active)
+                return;
+            view.markedLine = 0;
+            view.edited();
         }
         onCursorRectangleChanged: view.keepCursorVisible()
 
@@ -149,6 +153,21 @@ Flickable {
         color: Theme.hitColor
     }
 
+    LostCharacters {
+        id: lostCharacters
+
+        Component.onCompleted: setDocumentFromQML(scriptTextArea.textDocument)
+    }
+
+    TextMarks {
+        x: scriptTextArea.x
+        textArea: scriptTextArea
+        viewport: view
+        source: lostCharacters.count > 0 ? lostCharacters : null
+        color: Theme.warningColor
+        underlined: true
+    }
+
     LineNumbers {
         id: lineNumbers
 
@@ -160,6 +179,7 @@ Flickable {
         viewTop: view.contentY
         viewHeight: view.height
         numberFont: view.scriptFont
+        markedLine: view.markedLine
     }
 
     OSTSyntaxHighlighter {

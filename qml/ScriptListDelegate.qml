@@ -12,6 +12,7 @@ FocusScope {
     required property string scriptText
     required property int pointSize
 
+    property bool isHeld: false ///< the device runs it
     property bool isWanted: true ///< by what the list is filtered for
     property bool isNew: false ///< its name is edited for the first time
     property string nameBefore: ""
@@ -53,6 +54,7 @@ FocusScope {
 
     Accessible.role: Accessible.ListItem
     Accessible.name: root.scriptName
+    Accessible.description: isHeld ? qsTr("in the device") : ""
 
     // Not a TapHandler, which a press in a window that covers this one reaches as well.
     MouseArea {
@@ -73,7 +75,7 @@ FocusScope {
         anchors.left: parent.left
         anchors.leftMargin: 10
         anchors.right: parent.right
-        anchors.rightMargin: 10
+        anchors.rightMargin: root.isHeld ? 25 : 10
         anchors.verticalCenter: parent.verticalCenter
         opacity: elided.visible ? 0 : 1
         text: root.scriptName
@@ -126,11 +128,23 @@ FocusScope {
         color: nameField.color
     }
 
+    Rectangle {
+        objectName: root.isHeld ? "heldMark" : ""
+        anchors.right: parent.right
+        anchors.rightMargin: 10
+        anchors.verticalCenter: parent.verticalCenter
+        visible: root.isHeld
+        width: 8
+        height: 8
+        radius: 4
+        color: nameField.color
+    }
+
     HoverHandler {
         id: hover
     }
 
-    ToolTip.visible: hover.hovered && elided.visible
+    ToolTip.visible: hover.hovered && (elided.visible || isHeld)
     ToolTip.delay: 600
-    ToolTip.text: root.scriptName
+    ToolTip.text: isHeld ? qsTr("%1 (in the device)").arg(scriptName) : scriptName
 }

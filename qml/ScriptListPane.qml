@@ -14,6 +14,7 @@ ColumnLayout {
     required property ScriptListModel model
     required property WindowActions actions
     required property int namePointSize
+    required property int heldScriptId ///< which the device runs; 0 if that is not known
     required property string deviceNeededText
     property bool takesDrops: true
 
@@ -218,6 +219,7 @@ ColumnLayout {
         delegate: ScriptListDelegate {
             width: ListView.view.width - (listBar.size < 1 ? listBar.width : 0)
             pointSize: root.namePointSize
+            isHeld: root.heldScriptId !== 0 && root.model.scriptIdAt(index) === root.heldScriptId
             isWanted: root.isWanted(scriptName, scriptText)
 
             onSelected: {

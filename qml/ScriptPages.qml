@@ -38,6 +38,18 @@ FocusScope {
             page.edit();
     }
 
+    /// Goes to a line, counted from 1, and marks its number.
+    function showError(line: int) {
+        current.edit();
+        current.goToLine(line);
+        current.markedLine = line;
+    }
+
+    function clearMarks() {
+        for (const page of pages)
+            page.markedLine = 0;
+    }
+
     /// Gives the page the keyboard, with the cursor at the end of its text.
     function editAtEnd() {
         current.edit();

@@ -12,6 +12,10 @@ QtObject {
     // Beside the palette: what is marked, and what has the keyboard, at 3:1 on every ground.
     readonly property color focusColor: "#9DB4FF"
     readonly property color hitColor: "#66FFA500"
+    readonly property color warningColor: "#FFFF80"
+    readonly property color errorColor: "#B3261E"
+
+    readonly property int nearlyFull: 6500 ///< characters of a script
 
     readonly property int headerHeight: 60
     readonly property int titleBarHeight: 50

@@ -26,6 +26,7 @@ Item {
     signal findRequested(bool replacing)
     signal findAgainRequested(bool forward)
     signal lineRequested
+    signal errorRequested
     signal paneStepped(int direction)
 
     readonly property ShortcutAction sortScripts: ShortcutAction {
@@ -137,6 +138,11 @@ Item {
         keys: "Ctrl+G"
         onTriggered: root.lineRequested()
     }
+    readonly property ShortcutAction showError: ShortcutAction {
+        text: qsTr("Show the line of the latest error in the log")
+        keys: "F8"
+        onTriggered: root.errorRequested()
+    }
     readonly property ShortcutAction nextPane: ShortcutAction {
         text: qsTr("Go to the next of list, editor, log and device menu")
         keys: "F6"
@@ -151,5 +157,6 @@ Item {
     /// In the order in which the guide lists them.
     readonly property list<Action> all: [addScript, deleteScript, restoreScript, duplicateScript, sortScripts,
         moveScriptUp, moveScriptDown, openFile, saveFile, readScript,
-        sendScript, clearLog, settings, downloadScripts, readGuide, find, replace, findNext, findPrevious, goToLine, nextPane, previousPane]
+        sendScript, clearLog, settings, downloadScripts, readGuide, find, replace, findNext, findPrevious, goToLine, showError,
+        nextPane, previousPane]
 }

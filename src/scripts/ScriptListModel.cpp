@@ -248,6 +248,11 @@ int ScriptListModel::scriptIdAt(int index) const
     return isRow(index) ? m_ids.at(index) : 0;
 }
 
+int ScriptListModel::findScriptById(int scriptId) const
+{
+    return static_cast<int>(m_ids.indexOf(scriptId));
+}
+
 bool ScriptListModel::loadFromFile()
 {
     return !m_scriptFileName.isEmpty() && loadFromFile(m_scriptFileName);

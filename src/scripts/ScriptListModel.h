@@ -84,6 +84,8 @@ public:
     Q_INVOKABLE void moveScript(int from, int to);
     /// A number that stays with a script wherever a sort puts it; 0 where there is no such row.
     Q_INVOKABLE int scriptIdAt(int index) const;
+    /// The row of that script; -1 where it is gone.
+    Q_INVOKABLE int findScriptById(int scriptId) const;
 
     bool loadFromFile(const QString &fileName);
     bool loadFromData(const QByteArray &data);

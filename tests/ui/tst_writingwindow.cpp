@@ -1,12 +1,22 @@
 #include "support/Rows.h"
 #include "ui/WindowFixture.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
+
 using namespace testsupport;
 
 namespace
 {
 
 const WindowFixture::Library OneScript{{"mine", "# mine\n"}};
+
+/// The line whose number is marked in the editor.
+int markedLine(const WindowFixture &ui)
+{
+    const QQuickItem *const page = ui.item("scriptTextArea")->parentItem()->parentItem();
+    return page->property("markedLine").toInt();
+}
 
 void log(const WindowFixture &ui, const QString &text)
 {
@@ -170,6 +180,49 @@ private slots:
         ui.press(Qt::Key_Escape);
         QTRY_COMPARE(ui.rows("scriptListView").size(), 4);
         QCOMPARE(ui.focusedName(), "Flasher");
+    }
+
+    void countsAndWarnsInTheStateLine()
+    {
+        const WindowFixture ui(WindowFixture::Library{{"mine", QString(6498, '#')}});
+        const auto colour = [&] { return ui.value("stateLine", "color").value<QColor>(); };
+        QCOMPARE(ui.text("stateLine"), "6498 of 6900");
+        QCOMPARE(colour(), QColor(Qt::white));
+        QVERIFY(!ui.item("lostLine"));
+        ui.click("scriptTextArea");
+        ui.press(Qt::Key_End);
+        ui.press(Qt::Key_Return);
+        QGuiApplication::clipboard()->setText(QStringLiteral("\u00E9"));
+        ui.pressCtrl(Qt::Key_V);
+        QCOMPARE(ui.text("stateLine"), "6500 of 6900");
+        QCOMPARE(colour(), QColor("#FFFF80"));
+        QCOMPARE(ui.text("lostLine"), "1 character will not survive (line 2)");
+        ui.pressCtrl(Qt::Key_V);
+        QCOMPARE(ui.text("lostLine"), "2 characters will not survive (line 2)");
+        ui.takePicture("state-line");
+    }
+
+    void leadsFromTheErrorToItsLine()
+    {
+        const QString script = QString("# line\n").repeated(200);
+        const WindowFixture ui(WindowFixture::Library{{"mine", script}});
+        log(ui, "Traceback (most recent call last):\n  File \"a.py\", line 150, in <module>\n"
+                "  File \"a.py\", line 20, in f\nValueError\n");
+        ui.press(Qt::Key_F8);
+        QCOMPARE(markedLine(ui), 20);
+        const QQuickItem *const area = ui.item("messageTextArea");
+        QRectF place;
+        const auto position = static_cast<int>(ui.text("messageTextArea").indexOf("150"));
+        QVERIFY(QMetaObject::invokeMethod(ui.item("messageTextArea"), "positionToRectangle",
+                                          Q_RETURN_ARG(QRectF, place), Q_ARG(int, position)));
+        QTest::mouseClick(ui.window(), Qt::LeftButton, {},
+                          area->mapToScene(place.center()).toPoint());
+        QTRY_COMPARE(markedLine(ui), 150);
+        QTRY_VERIFY(ui.itemSaying("150:"));
+        ui.takePicture("error-line");
+        ui.type("x"); // in that line
+        QVERIFY(ui.text("scriptTextArea").startsWith(QString("# line\n").repeated(149) + "x#"));
+        QCOMPARE(markedLine(ui), 0);
     }
 
     void saysThatScriptsCannotBeSaved()

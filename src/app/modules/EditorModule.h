@@ -1,5 +1,7 @@
 #pragma once
 
+#include "editor/ErrorLines.h"
+#include "editor/LostCharacters.h"
 #include "editor/PythonKeys.h"
 #include "editor/TextFinder.h"
 
@@ -17,4 +19,18 @@ struct TextFinderElement
     Q_GADGET
     QML_FOREIGN(TextFinder)
     QML_NAMED_ELEMENT(TextFinder)
+};
+
+struct ErrorLinesElement
+{
+    Q_GADGET
+    QML_FOREIGN(ErrorLines)
+    QML_NAMED_ELEMENT(ErrorLines)
+};
+
+struct LostCharactersElement
+{
+    Q_GADGET
+    QML_FOREIGN(LostCharacters)
+    QML_NAMED_ELEMENT(LostCharacters)
 };
