@@ -367,6 +367,7 @@ ApplicationWindow {
         document: "DownloadScriptWindow.qml"
         properties: ({
             model: downloadScriptListModel,
+            library: scriptListModel,
             scriptUrl: rootWindow.scriptUrl,
             scriptFont: panes.scriptFont
         })

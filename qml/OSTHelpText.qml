@@ -56,7 +56,7 @@ Item {
                     + "mode, name and Sysex ID (only while a device is connected)")),
             markup.option(qsTr("Download Scripts"),
                 qsTr("Opens the Download Scripts window, where you can download more scripts from "
-                    + "our website")),
+                    + "our website; a check mark shows those that you have")),
             markup.option(qsTr("Read Guide"), qsTr("Opens this help window"))
         ])
 

@@ -12,10 +12,14 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace
 {
+
+/// A property of the replies that nobody waits for any more.
+constexpr char Dropped[] = "dropped";
 
 QString defaultFileName()
 {
@@ -117,25 +121,41 @@ QHash<int, QByteArray> ScriptListModel::roleNames() const
 void ScriptListModel::onNetworkReply(QNetworkReply *reply)
 {
     reply->deleteLater();
+    if (reply->property(Dropped).toBool())
+        return;
+    const bool isLatest = reply == m_download;
+    const QString failure = takeDownload(reply);
+    if (!isLatest)
+        return;
+    m_download.clear();
+    if (failure.isEmpty())
+        emit downloaded();
+    else
+        emit downloadFailed(failure);
+}
+
+QString ScriptListModel::takeDownload(QNetworkReply *reply)
+{
     if (reply->error() != QNetworkReply::NoError) {
         qWarning().noquote() << "Network error:" << reply->errorString();
-        return;
+        return reply->errorString();
     }
     const QByteArray data = reply->readAll();
     if (data.isEmpty())
-        return;
+        return tr("The answer is empty.");
     scripts::LibraryReading reading = scripts::readLibrary(data);
     if (!reading.scripts) {
         qWarning("Invalid JSON data received from URL.\n");
         qWarning("%s\n", qUtf8Printable(reading.error.errorString()));
         qWarning("%d pos %d\n", static_cast<int>(reading.error.error), reading.error.offset);
-        return;
+        return tr("The answer is no library of scripts.");
     }
     beginResetModel();
     m_scripts = std::move(*reading.scripts);
     numberScripts();
     ++m_revision;
     endResetModel();
+    return {};
 }
 
 void ScriptListModel::clear()
@@ -331,9 +351,20 @@ void ScriptListModel::loadFromUrl(const QString &url)
         if (reply->bytesAvailable() > MaxDownloadSize)
             reply->abort();
     });
+    m_download = reply;
     // One more connection each time: the deliveries beyond the first find the data consumed.
     connect(&m_networkManager, &QNetworkAccessManager::finished, this,
             &ScriptListModel::onNetworkReply);
+}
+
+void ScriptListModel::cancelDownload()
+{
+    QNetworkReply *const reply = std::exchange(m_download, nullptr);
+    if (!reply)
+        return;
+    // The manager hands it over all the same, as one that failed.
+    reply->setProperty(Dropped, true);
+    reply->abort();
 }
 
 bool ScriptListModel::isRow(int index) const

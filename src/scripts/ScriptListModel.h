@@ -4,6 +4,7 @@
 
 #include <QAbstractListModel>
 #include <QNetworkAccessManager>
+#include <QPointer>
 #include <QThreadPool>
 #include <QTimer>
 
@@ -56,6 +57,9 @@ public:
 signals:
     void scriptFileNameChanged(const QString &newFileName);
     /// The first of a streak of saves that failed, and the first that worked again.
+    /// The download that began last is in the list, or why it is not, for the user to read.
+    void downloaded();
+    void downloadFailed(const QString &reason);
     void savingFailed(const QString &folder) const;
     void savingWorksAgain() const;
 
@@ -78,6 +82,8 @@ public:
     /// False where there is no file name or the disk refused.
     Q_INVOKABLE bool saveToFile() const;
     Q_INVOKABLE void loadFromUrl(const QString &url);
+    /// Drops the download that began last, without a word, if it is still under way.
+    Q_INVOKABLE void cancelDownload();
     /// Saves without waiting for the disk what is not saved yet.
     Q_INVOKABLE void saveInBackground();
     /// Gives a script another place; the others close up. Saved as a sort is.
@@ -94,6 +100,8 @@ public:
 private:
     [[nodiscard]] bool isRow(int index) const;
     void refresh();
+    /// Replaces the list. Returns why it could not be done; empty for success.
+    [[nodiscard]] QString takeDownload(QNetworkReply *reply);
     void saveNow();
     /// `attempt` numbers the saves in the order in which they began.
     void noteSaving(quint64 attempt, bool saved) const;
@@ -106,6 +114,7 @@ private:
     int m_lastId = 0;
     QString m_scriptFileName;
     QNetworkAccessManager m_networkManager;
+    QPointer<QNetworkReply> m_download; ///< that began last, while it is under way
     std::shared_ptr<LibraryFile> m_file;
     quint64 m_revision = 0;
     mutable quint64 m_attempts = 0;
