@@ -18,8 +18,8 @@ Button {
     ToolTip.delay: 600
     ToolTip.text: explanation
 
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
 
     background: Rectangle {
         radius: 2

@@ -15,16 +15,17 @@ ListView {
     signal activated
 
     function isWanted(name: string): bool {
-        return name.toLowerCase().includes(filter.toLowerCase());
+        const wanted = filter.toLowerCase();
+        return wanted === "" || name.toLowerCase().includes(wanted);
     }
 
     /// Selects the next script in that direction that the filter leaves.
     function step(direction: int) {
-        let row = currentIndex + direction;
-        while (row >= 0 && row < count && !isWanted(model.scriptNameAt(row)))
-            row += direction;
-        if (row >= 0 && row < count)
-            currentIndex = row;
+        let next = currentIndex + direction;
+        while (next >= 0 && next < count && !isWanted(model.scriptNameAt(next)))
+            next += direction;
+        if (next >= 0 && next < count)
+            currentIndex = next;
     }
 
     function selectFirst() {

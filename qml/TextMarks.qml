@@ -16,7 +16,7 @@ Item {
     property var places: [] ///< rectangles, in the text area
 
     function markAgain() {
-        Qt.callLater(mark);
+        Qt.callLater(mark); // qmllint disable
     }
 
     function mark() {
