@@ -6,6 +6,7 @@ Item {
 
     required property WindowActions actions
     required property font scriptFont
+    required property real zoom
     required property string deviceNeededText
     required property DeviceScript deviceScript
     required property int maxLength
@@ -78,6 +79,7 @@ Item {
         anchors.bottom: parent.bottom
         width: parent.width
         scriptFont: root.scriptFont
+        zoom: root.zoom
         finder: finding.visible ? finding.finder : null
     }
 }

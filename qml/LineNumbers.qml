@@ -14,13 +14,14 @@ Rectangle {
     required property real viewTop
     required property real viewHeight
     required property font numberFont
+    required property real zoom
     required property int markedLine ///< counted from 1; 0 for none
 
     readonly property real rowHeight: lineCount > 0 ? textHeight / lineCount : 0
     readonly property int firstRow: rowHeight > 0 ? Math.max(0, Math.floor(viewTop / rowHeight)) : 0
     readonly property int rowsInView: rowHeight > 0 ? Math.ceil(viewHeight / rowHeight) + 1 : 0
 
-    implicitWidth: 50
+    implicitWidth: 50 * Math.max(1, zoom)
     color: palette.button
 
     Repeater {

@@ -128,8 +128,8 @@ ApplicationWindow {
         deleteInProgress = false;
     }
 
-    width: 1024
-    height: 768
+    width: Math.min(1024, Screen.desktopAvailableWidth)
+    height: Math.min(768, Screen.desktopAvailableHeight)
     minimumWidth: 800
     minimumHeight: 600
     visible: true
@@ -144,11 +144,16 @@ ApplicationWindow {
         connectedDeviceListModel.outputPortName = isApple ? "Ostrel OST Internal" : "MIDIOUT6 (Ostrel)";
         // No other product's box is ever to be written to.
         connectedDeviceListModel.addProductIDToList(ConnectedDeviceListModel.Ostrel);
+        memory.restore();
         updateScriptText();
         started = true;
     }
 
-    onClosing: close => close.accepted = headerBar.chooser.endUpdateBeforeClosing()
+    onClosing: close => {
+        close.accepted = headerBar.chooser.endUpdateBeforeClosing();
+        if (close.accepted)
+            memory.keep();
+    }
 
     MIDI {
         id: midi
@@ -265,8 +270,18 @@ ApplicationWindow {
         onFindRequested: replacing => panes.find(replacing)
         onFindAgainRequested: forward => panes.findNext(forward)
         onLineRequested: panes.askForLine()
+        onZoomRequested: steps => steps === 0 ? panes.zoom = 1 : panes.zoomBy(steps)
         onErrorRequested: panes.log.showLatestError()
         onPaneStepped: direction => paneRing.step(direction)
+    }
+
+    WindowMemory {
+        id: memory
+
+        window: rootWindow
+        panes: panes
+        scriptFiles: scriptFiles
+        scriptListModel: scriptListModel
     }
 
     PaneRing {
@@ -369,7 +384,7 @@ ApplicationWindow {
             model: downloadScriptListModel,
             library: scriptListModel,
             scriptUrl: rootWindow.scriptUrl,
-            scriptFont: panes.scriptFont
+            scriptFont: Qt.binding(() => panes.zoomedFont)
         })
     }
 

@@ -11,10 +11,25 @@ RowLayout {
 
     required property WindowActions actions
     required property ScriptListModel scriptListModel
-    required property font scriptFont
+    required property font scriptFont ///< before zoom
     required property int namePointSize
     required property DeviceScript deviceScript
     required property int maxScriptLength
+
+    readonly property real minZoom: 0.5
+    readonly property real maxZoom: 3
+    readonly property int minLogHeight: 150
+    property real zoom: 1 ///< of the editor, its numbers, the log and the notes of scripts on offer
+    property real logHeight: minLogHeight ///< at the start
+    readonly property font zoomedFont: Qt.font({
+        family: scriptFont.family,
+        bold: scriptFont.bold,
+        pointSize: Math.round(scriptFont.pointSize * zoom)
+    })
+
+    function zoomBy(steps: int) {
+        zoom = Math.max(minZoom, Math.min(maxZoom, Math.round(zoom * 10 + steps) / 10));
+    }
 
     readonly property alias scripts: scriptListPane
     readonly property alias editor: editorPane.editor
@@ -73,13 +88,19 @@ RowLayout {
 
         handle: PaneHandle {}
 
+        WheelHandler {
+            acceptedModifiers: Qt.ControlModifier
+            onWheel: event => root.zoomBy(event.angleDelta.y > 0 ? 1 : -1)
+        }
+
         EditorPane {
             id: editorPane
 
             SplitView.fillHeight: true
             SplitView.minimumHeight: 2 * Theme.paneBarHeight
             actions: root.actions
-            scriptFont: root.scriptFont
+            scriptFont: root.zoomedFont
+            zoom: root.zoom
             deviceScript: root.deviceScript
             maxLength: root.maxScriptLength
             deviceNeededText: root.deviceNeededText
@@ -88,9 +109,10 @@ RowLayout {
         MessageLogPane {
             id: messageLogPane
 
-            SplitView.minimumHeight: 150
-            SplitView.preferredHeight: 150
+            SplitView.minimumHeight: root.minLogHeight
+            SplitView.preferredHeight: root.logHeight
             actions: root.actions
+            zoom: root.zoom
         }
     }
 }

@@ -10,6 +10,7 @@ Item {
     id: root
 
     required property WindowActions actions
+    required property real zoom
 
     readonly property alias textArea: messageTextArea
 
@@ -81,6 +82,7 @@ Item {
             objectName: "messageTextArea"
             width: view.width
             viewport: view
+            font.pointSize: Math.round(Application.font.pointSize * root.zoom)
             // Without wrapping the whole log would be laid out anew with each line.
             wrapMode: TextEdit.Wrap
 

@@ -38,15 +38,17 @@ Item {
         + markup.paragraph(qsTr("Click the title of a script and its contents appear in the "
             + "Current Script area, where you can edit them. Your changes are saved "
             + "automatically on your computer or tablet. The two options at the top are "
-            + "enabled only while a device is connected. Beside them stands how long the script is, "
-            + "whether your device has it, and how many of its characters will not survive the way "
-            + "there, because only plain English letters, digits and signs do:"))
+            + "enabled only while a device is connected:"))
         + markup.list([
             markup.option(qsTr("Read Script"),
                 qsTr("Reads the script that is loaded in your device and adds it to the list")),
             markup.option(qsTr("Send Script"),
                 qsTr("Sends the current script to your device, which runs it automatically"))
         ])
+        + markup.paragraph(qsTr("Beside them stands how long the script is, whether your device has "
+            + "it, and how many of its characters will not survive the way there: only plain "
+            + "English letters, digits and signs do. The list marks the script that your device "
+            + "runs with a dot."))
 
     readonly property string otherOptions: markup.heading(2, qsTr("Other Options"))
         + markup.paragraph(qsTr("Three more options are in the bottom left corner:"))

@@ -11,6 +11,7 @@ Flickable {
 
     required property int scriptId
     required property font scriptFont
+    required property real zoom
 
     property alias readOnly: scriptTextArea.readOnly
     // Aliases, since a binding may still hold the text from before when edited() arrives.
@@ -44,8 +45,8 @@ Flickable {
         scriptTextArea.forceActiveFocus();
     }
 
-    function moveToEnd() {
-        scriptTextArea.cursorPosition = length;
+    function moveTo(position: int) {
+        scriptTextArea.cursorPosition = Math.min(position, length);
     }
 
     function select(start: int, end: int) {
@@ -179,6 +180,7 @@ Flickable {
         viewTop: view.contentY
         viewHeight: view.height
         numberFont: view.scriptFont
+        zoom: view.zoom
         markedLine: view.markedLine
     }
 

@@ -9,11 +9,13 @@ FocusScope {
     id: root
 
     required property font scriptFont
+    required property real zoom
 
     readonly property int maxPages: 20 ///< kept, the latest
 
     property TextFinder finder: null ///< whose places are tinted
     property ScriptEditor current: null
+    property var carets: ({}) ///< by number of the script, of those without a page
     property var pages: [] ///< the latest last; a list<ScriptEditor> cannot be searched
 
     /// The user changed the text.
@@ -28,8 +30,10 @@ FocusScope {
     /// Shows the script of that number with this text; with number 0, that none is selected.
     function show(scriptId: int, text: string) {
         const page = pageOf(scriptId);
-        if (page.text !== text)
+        if (page.text !== text) {
             page.load(text);
+            page.moveTo(carets[scriptId] ?? 0);
+        }
         if (page === current)
             return;
         const hadFocus = activeFocus;
@@ -45,6 +49,15 @@ FocusScope {
         current.markedLine = line;
     }
 
+    function rememberCaret(scriptId: int, position: int) {
+        carets = Object.assign({}, carets, { [scriptId]: position });
+    }
+
+    function caretOf(scriptId: int): int {
+        const page = pages.find(page => page.scriptId === scriptId);
+        return page?.cursorPosition ?? carets[scriptId] ?? 0;
+    }
+
     function clearMarks() {
         for (const page of pages)
             page.markedLine = 0;
@@ -53,7 +66,13 @@ FocusScope {
     /// Gives the page the keyboard, with the cursor at the end of its text.
     function editAtEnd() {
         current.edit();
-        current.moveToEnd();
+        current.moveTo(current.length);
+    }
+
+    function dropOldest() {
+        const page = pages.shift();
+        rememberCaret(page.scriptId, page.cursorPosition);
+        page.destroy();
     }
 
     function pageOf(scriptId: int): ScriptEditor {
@@ -63,7 +82,7 @@ FocusScope {
         else
             page = pageComponent.createObject(root, { scriptId: scriptId });
         if (pages.length === maxPages)
-            pages.shift().destroy();
+            dropOldest();
         pages.push(page);
         return page;
     }
@@ -78,6 +97,7 @@ FocusScope {
             visible: root.current === page
             readOnly: page.scriptId === 0
             scriptFont: root.scriptFont
+            zoom: root.zoom
             finder: page.visible ? root.finder : null
             onEdited: root.edited()
         }

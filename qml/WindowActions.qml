@@ -27,6 +27,7 @@ Item {
     signal findAgainRequested(bool forward)
     signal lineRequested
     signal errorRequested
+    signal zoomRequested(int steps) ///< 0 for none
     signal paneStepped(int direction)
 
     readonly property ShortcutAction sortScripts: ShortcutAction {
@@ -143,6 +144,22 @@ Item {
         keys: "F8"
         onTriggered: root.errorRequested()
     }
+    readonly property ShortcutAction zoomIn: ShortcutAction {
+        text: qsTr("Larger text")
+        keys: "Ctrl++"
+        otherKeys: "Ctrl+="
+        onTriggered: root.zoomRequested(1)
+    }
+    readonly property ShortcutAction zoomOut: ShortcutAction {
+        text: qsTr("Smaller text")
+        keys: "Ctrl+-"
+        onTriggered: root.zoomRequested(-1)
+    }
+    readonly property ShortcutAction zoomReset: ShortcutAction {
+        text: qsTr("Text of normal size")
+        keys: "Ctrl+0"
+        onTriggered: root.zoomRequested(0)
+    }
     readonly property ShortcutAction nextPane: ShortcutAction {
         text: qsTr("Go to the next of list, editor, log and device menu")
         keys: "F6"
@@ -158,5 +175,5 @@ Item {
     readonly property list<Action> all: [addScript, deleteScript, restoreScript, duplicateScript, sortScripts,
         moveScriptUp, moveScriptDown, openFile, saveFile, readScript,
         sendScript, clearLog, settings, downloadScripts, readGuide, find, replace, findNext, findPrevious, goToLine, showError,
-        nextPane, previousPane]
+        zoomIn, zoomOut, zoomReset, nextPane, previousPane]
 }

@@ -129,14 +129,15 @@ bool TextFinder::replace(int place, const QString &by)
 
 int TextFinder::replaceAll(const QString &by)
 {
-    const QList<int> places = m_places;
+    QList<int> places = m_places;
     if (!m_document || places.isEmpty())
         return 0;
     QTextCursor step(m_document);
     step.beginEditBlock();
     // From the end, so that the places before stay valid.
-    for (auto place = places.crbegin(); place != places.crend(); ++place)
-        replaceAt(m_document, *place, m_text.size(), by);
+    std::ranges::reverse(places);
+    for (const int place : std::as_const(places))
+        replaceAt(m_document, place, m_text.size(), by);
     step.endEditBlock();
     return static_cast<int>(places.size());
 }

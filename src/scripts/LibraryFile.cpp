@@ -164,7 +164,7 @@ QString LibraryFile::keepBeside(const QByteArray &bytes) const
 {
     const QLatin1String kind = scripts::readLibrary(bytes).scripts ? Conflict : Damaged;
     for (int number = 1;; ++number) {
-        const QString name = nameBeside(kind, number);
+        QString name = nameBeside(kind, number);
         if (!QFileInfo::exists(name)) {
             qWarning().noquote() << "Keeping the file of another program as" << name;
             return scripts::replaceFile(name, bytes) ? name : QString();

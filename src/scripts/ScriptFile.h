@@ -17,7 +17,7 @@ class ScriptFile : public QObject
 
 public:
     /// No script has more bytes. A longer file is something else and would only hold up the window.
-    static constexpr qint64 MaxBytes = 256 * 1024;
+    static constexpr qint64 MaxBytes = 256LL * 1024;
 
     explicit ScriptFile(QObject *parent = nullptr);
 

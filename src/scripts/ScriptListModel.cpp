@@ -336,12 +336,16 @@ void ScriptListModel::saveInBackground()
             const bool saved = file->saveChanges(list, revision);
             if (!saved)
                 warnNotWritten(file->path());
-            QMetaObject::invokeMethod(this, [this, attempt, saved] {
-                noteSaving(attempt, saved);
-                if (!saved)
-                    m_deadline.start();
-            });
+            QMetaObject::invokeMethod(this, "endBackgroundSave", Qt::QueuedConnection,
+                                      Q_ARG(quint64, attempt), Q_ARG(bool, saved));
         });
+}
+
+void ScriptListModel::endBackgroundSave(quint64 attempt, bool saved)
+{
+    noteSaving(attempt, saved);
+    if (!saved)
+        m_deadline.start();
 }
 
 void ScriptListModel::loadFromUrl(const QString &url)

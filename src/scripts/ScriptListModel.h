@@ -97,6 +97,9 @@ public:
     bool loadFromData(const QByteArray &data);
     bool saveToFile(const QString &fileName) const;
 
+private slots:
+    void endBackgroundSave(quint64 attempt, bool saved);
+
 private:
     [[nodiscard]] bool isRow(int index) const;
     void refresh();

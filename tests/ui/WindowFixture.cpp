@@ -73,8 +73,10 @@ QQuickItem *findBelow(QQuickItem *item, const std::function<bool(QQuickItem *)> 
 
 } // namespace
 
-WindowFixture::WindowFixture(const std::optional<Library> &library)
+WindowFixture::WindowFixture(const std::optional<Library> &library, const QString &memory)
 {
+    const QString config = memory.isEmpty() ? m_home.folder() + QStringLiteral("/config") : memory;
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(config));
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope,
                        m_home.folder() + QStringLiteral("/settings"));
     if (library)

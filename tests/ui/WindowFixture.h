@@ -26,7 +26,8 @@ public:
     static constexpr int TimeoutMs = 20000;
 
     /// Shows the window once `library` is in its file; without one it is a first start.
-    explicit WindowFixture(const std::optional<Library> &library = {});
+    /// What it remembers is in `memory`, or in its own folder, where there is nothing yet.
+    explicit WindowFixture(const std::optional<Library> &library = {}, const QString &memory = {});
     ~WindowFixture();
     Q_DISABLE_COPY_MOVE(WindowFixture)
 

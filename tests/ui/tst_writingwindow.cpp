@@ -2,7 +2,9 @@
 #include "ui/WindowFixture.h"
 
 #include <QClipboard>
+#include <QDirIterator>
 #include <QGuiApplication>
+#include <QTemporaryDir>
 
 using namespace testsupport;
 
@@ -223,6 +225,43 @@ private slots:
         ui.type("x"); // in that line
         QVERIFY(ui.text("scriptTextArea").startsWith(QString("# line\n").repeated(149) + "x#"));
         QCOMPARE(markedLine(ui), 0);
+    }
+
+    void remembersHowItStood()
+    {
+        const QTemporaryDir memory;
+        const WindowFixture::Library library{{"a", "# a\n"}, {"b", "# b\n# c\n"}};
+        {
+            const WindowFixture ui(library, memory.path());
+            ui.click(ui.itemSaying("b"));
+            ui.click("scriptTextArea");
+            ui.press(Qt::Key_Home, Qt::ControlModifier);
+            ui.press(Qt::Key_Down);
+            for (const Qt::Key key : {Qt::Key_Plus, Qt::Key_Equal, Qt::Key_Minus, Qt::Key_Plus})
+                ui.pressCtrl(key);
+            ui.takePicture("zoomed");
+            ui.window()->resize(800, 640);
+            ui.window()->close();
+        }
+        const auto state = [&](const WindowFixture &ui) {
+            return std::tuple(ui.text("scriptTextArea"), ui.window()->height(),
+                              ui.value("scriptTextArea", "cursorPosition").toInt(),
+                              ui.value("scriptTextArea", "font").value<QFont>().pointSize());
+        };
+        QCOMPARE(state(WindowFixture(library, memory.path())),
+                 std::tuple(QString("# b\n# c\n"), 640, 4, 13));
+        // A damaged file, or one with what cannot be, counts for nothing.
+        QDirIterator files(memory.path(), {"window.json"}, QDir::Files,
+                           QDirIterator::Subdirectories);
+        for (const char *content :
+             {"{", "[1]", R"({"zoom":99,"height":"x","selected":7,"carets":{}})",
+              R"({"carets":[-1,"x"],"name":7,"width":1e300})"}) {
+            QFile file(files.hasNext() ? files.next() : files.filePath());
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) > 0);
+            file.close();
+            QCOMPARE(state(WindowFixture(library, memory.path())),
+                     std::tuple(QString("# a\n"), 768, 0, 11));
+        }
     }
 
     void saysThatScriptsCannotBeSaved()

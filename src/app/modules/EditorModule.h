@@ -3,6 +3,7 @@
 #include "editor/ErrorLines.h"
 #include "editor/LostCharacters.h"
 #include "editor/PythonKeys.h"
+#include "editor/StateFile.h"
 #include "editor/TextFinder.h"
 
 #include <QtQml/qqml.h>
@@ -33,4 +34,11 @@ struct LostCharactersElement
     Q_GADGET
     QML_FOREIGN(LostCharacters)
     QML_NAMED_ELEMENT(LostCharacters)
+};
+
+struct StateFileElement
+{
+    Q_GADGET
+    QML_FOREIGN(StateFile)
+    QML_NAMED_ELEMENT(StateFile)
 };
