@@ -108,6 +108,8 @@ ListView {
         }
     }
 
+    FocusRing {}
+
     Rectangle {
         z: -1
         anchors.fill: parent

@@ -204,7 +204,7 @@ Popup {
             Layout.fillWidth: true
             implicitHeight: 50
 
-            Button {
+            PlainButton {
                 id: downloadButton
 
                 objectName: "downloadScriptButton"
@@ -216,7 +216,7 @@ Popup {
                 onClicked: root.choose()
             }
 
-            Button {
+            PlainButton {
                 objectName: "downloadDoneButton"
                 anchors.right: parent.right
                 anchors.rightMargin: 20

@@ -46,7 +46,7 @@ ColumnLayout {
         text: root.failure
     }
 
-    Button {
+    PlainButton {
         objectName: "downloadAgainButton"
         Layout.alignment: Qt.AlignHCenter
         visible: root.failure !== ""

@@ -81,5 +81,10 @@ Item {
         scriptFont: root.scriptFont
         zoom: root.zoom
         finder: finding.visible ? finding.finder : null
+
+        FocusRing {
+            objectName: "editorFocusRing"
+            z: 1
+        }
     }
 }

@@ -57,7 +57,7 @@ Item {
             color: "transparent"
             radius: 3
             border.width: button.visualFocus ? 2 : 0
-            border.color: button.palette.highlight
+            border.color: Theme.focusColor
         }
     }
 

@@ -117,6 +117,12 @@ Item {
         }
     }
 
+    FocusRing {
+        objectName: "logFocusRing"
+        anchors.topMargin: bar.height
+        shown: messageTextArea.activeFocus
+    }
+
     Image {
         anchors.right: parent.right
         anchors.bottom: parent.bottom

@@ -128,6 +128,11 @@ FocusScope {
         color: nameField.color
     }
 
+    FocusRing {
+        anchors.margins: 1
+        shown: nameField.activeFocus
+    }
+
     Rectangle {
         objectName: root.isHeld ? "heldMark" : ""
         anchors.right: parent.right

@@ -232,6 +232,10 @@ ColumnLayout {
             onStepped: rows => scriptListView.stepBy(rows)
         }
 
+        FocusRing {
+            objectName: "listFocusRing"
+        }
+
         DropArea {
             anchors.fill: parent
             enabled: root.takesDrops

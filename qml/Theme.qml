@@ -10,7 +10,7 @@ QtObject {
     readonly property real disabledIconOpacity: 0.2
 
     // Beside the palette: what is marked, and what has the keyboard, at 3:1 on every ground.
-    readonly property color focusColor: "#9DB4FF"
+    readonly property color focusColor: "#FFFFFF"
     readonly property color hitColor: "#66FFA500"
     readonly property color warningColor: "#FFFF80"
     readonly property color errorColor: "#B3261E"

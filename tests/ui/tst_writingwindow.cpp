@@ -264,6 +264,21 @@ private slots:
         }
     }
 
+    void showsWhereTheKeyboardGoes()
+    {
+        const WindowFixture ui(OneScript);
+        ui.click("messageTextArea");
+        ui.press(Qt::Key_F6); // the device menu
+        for (const char *ring : {"listFocusRing", "editorFocusRing", "logFocusRing"}) {
+            ui.press(Qt::Key_F6);
+            QVERIFY2(ui.item(ring), ring);
+            const QPoint place = ui.item(ring)->mapToScene({0, 60}).toPoint();
+            QTRY_VERIFY2(ui.window()->grabWindow().pixelColor(place) == QColor(Qt::white), ring);
+            ui.takePicture(ring);
+        }
+        QVERIFY(!ui.item("editorFocusRing"));
+    }
+
     void saysThatScriptsCannotBeSaved()
     {
         const WindowFixture ui(OneScript);
