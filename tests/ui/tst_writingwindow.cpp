@@ -240,6 +240,12 @@ private slots:
             for (const Qt::Key key : {Qt::Key_Plus, Qt::Key_Equal, Qt::Key_Minus, Qt::Key_Plus})
                 ui.pressCtrl(key);
             ui.takePicture("zoomed");
+            QVERIFY(QMetaObject::invokeMethod(ui.object("downloadScriptWindowOnDemand"), "make"));
+            QCOMPARE(ui.value("downloadNotesArea", "font").value<QFont>().pointSize(), 13);
+            ui.pressCtrl(Qt::Key_0);
+            QCOMPARE(ui.value("downloadNotesArea", "font").value<QFont>().pointSize(), 11);
+            ui.pressCtrl(Qt::Key_Plus);
+            ui.pressCtrl(Qt::Key_Plus);
             ui.window()->resize(800, 640);
             ui.window()->close();
         }
