@@ -49,10 +49,6 @@ FocusScope {
         current.markedLine = line;
     }
 
-    function rememberCaret(scriptId: int, position: int) {
-        carets = Object.assign({}, carets, { [scriptId]: position });
-    }
-
     function caretOf(scriptId: int): int {
         const page = pages.find(page => page.scriptId === scriptId);
         return page?.cursorPosition ?? carets[scriptId] ?? 0;
@@ -69,20 +65,26 @@ FocusScope {
         current.moveTo(current.length);
     }
 
-    function dropOldest() {
+    /// Takes the oldest page from its script, with all that could be undone there. Making a page
+    /// takes longer than a frame.
+    function reuseOldest(scriptId: int): ScriptEditor {
         const page = pages.shift();
-        rememberCaret(page.scriptId, page.cursorPosition);
-        page.destroy();
+        carets = Object.assign({}, carets, { [page.scriptId]: page.cursorPosition });
+        page.scriptId = scriptId;
+        page.markedLine = 0;
+        // Another text than before, whatever comes next: only that forgets what could be undone.
+        page.load(page.text + " ");
+        return page;
     }
 
     function pageOf(scriptId: int): ScriptEditor {
         let page = pages.find(page => page.scriptId === scriptId);
         if (page)
             pages = pages.filter(other => other !== page);
+        else if (pages.length === maxPages)
+            page = reuseOldest(scriptId);
         else
             page = pageComponent.createObject(root, { scriptId: scriptId });
-        if (pages.length === maxPages)
-            dropOldest();
         pages.push(page);
         return page;
     }

@@ -24,10 +24,13 @@ QtObject {
         panes.zoom = numberIn(state.zoom, panes.minZoom, panes.maxZoom, 1);
         panes.logHeight = numberIn(state.logHeight, panes.minLogHeight, window.height, panes.minLogHeight);
         scriptFiles.folder = typeof state.folder === "string" ? state.folder : "";
+        const carets = {};
         for (let row = 0; row < scriptListModel.rowCount(); ++row) {
             const caret = numberIn(state.carets?.[row], 0, 0x7FFFFFFF, 0);
-            panes.editor.rememberCaret(scriptListModel.scriptIdAt(row), caret);
+            if (caret > 0)
+                carets[scriptListModel.scriptIdAt(row)] = caret;
         }
+        panes.editor.carets = carets;
         if (scriptListModel.scriptNameAt(state.selected ?? -1) === state.name)
             panes.scripts.select(state.selected);
     }

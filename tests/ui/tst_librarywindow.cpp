@@ -285,6 +285,25 @@ private slots:
         QTRY_COMPARE(ui.savedLibrary().at(1).text, lines);
     }
 
+    /// More scripts than are kept with what can be undone in them.
+    void undoesNothingOfAnotherScript()
+    {
+        const WindowFixture ui(WindowFixture::Library(30, {"x", ""}));
+        ui.click("scriptTextArea");
+        ui.type("ab");
+        for (int i = 0; i < 2; ++i)
+            ui.press(Qt::Key_Backspace);
+        ui.press(Qt::Key_F6, Qt::ShiftModifier);
+        for (int i = 0; i < 25; ++i) {
+            ui.press(Qt::Key_Down);
+            ui.item("scriptTextArea")->forceActiveFocus();
+            ui.pressCtrl(Qt::Key_Z);
+            QCOMPARE(ui.text("scriptTextArea"), "");
+            ui.press(Qt::Key_F6, Qt::ShiftModifier);
+        }
+        QCOMPARE(ui.value("scriptListView", "currentIndex").toInt(), 25);
+    }
+
     void showsPlainLineEnds()
     {
         const WindowFixture::Library library{{"crlf", "a\r\nb"}, {"cr", "c\r"}, {"other", ""}};
