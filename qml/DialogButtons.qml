@@ -24,6 +24,7 @@ DialogButtonBox {
     spacing: 10
     bottomPadding: 15
     background: null
+    delegate: PlainButton {}
 
     Keys.onReturnPressed: pressFocused()
     Keys.onEnterPressed: pressFocused()

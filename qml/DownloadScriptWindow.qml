@@ -11,7 +11,9 @@ Popup {
     id: root
 
     required property ScriptListModel model
+    required property ScriptListModel library ///< the user's own
     required property string scriptUrl
+    property int timeLimit: 15000 ///< ms that a download may take
     required property font scriptFont
 
     signal scriptChosen(string name, string text)
@@ -41,9 +43,20 @@ Popup {
     }
 
     function download() {
+        model.cancelDownload();
         model.clear();
+        filterField.clear();
+        state.failure = "";
+        limit.restart();
         model.loadFromUrl(scriptUrl);
         downloadScriptListView.forceActiveFocus();
+    }
+
+    /// What arrives after that is not to change the list.
+    function endDownload(failure: string) {
+        limit.stop();
+        model.cancelDownload();
+        state.failure = failure;
     }
 
     function choose() {
@@ -66,6 +79,8 @@ Popup {
     onVisibleChanged: {
         if (visible)
             download();
+        else
+            endDownload("");
     }
 
     Connections {
@@ -74,6 +89,22 @@ Popup {
         function onModelReset() {
             root.showNotes();
         }
+
+        function onDownloaded() {
+            root.endDownload("");
+            downloadScriptListView.selectFirst();
+        }
+
+        function onDownloadFailed(reason: string) {
+            root.endDownload(reason);
+        }
+    }
+
+    Timer {
+        id: limit
+
+        interval: root.timeLimit
+        onTriggered: root.endDownload(qsTr("No answer came within %1 seconds.").arg(root.timeLimit / 1000))
     }
 
     ColumnLayout {
@@ -93,13 +124,48 @@ Popup {
             Layout.fillWidth: true
             Layout.fillHeight: true
 
+            Rectangle {
+                width: downloadScriptListView.width
+                height: downloadScriptListView.y
+                color: root.palette.dark
+            }
+
+            BarField {
+                id: filterField
+
+                objectName: "downloadFilterField"
+                x: 5
+                y: 5
+                width: downloadScriptListView.width - 10
+                hint: qsTr("Find scripts by name")
+                onTextEdited: downloadScriptListView.currentIndex = -1
+                Keys.onDownPressed: downloadScriptListView.selectFirst()
+                Keys.onReturnPressed: downloadScriptListView.selectFirst()
+                Keys.onEnterPressed: downloadScriptListView.selectFirst()
+            }
+
+            DownloadState {
+                id: state
+
+                z: 1
+                anchors.verticalCenter: downloadScriptListView.verticalCenter
+                x: 10
+                width: downloadScriptListView.width - 20
+                visible: downloadScriptListView.count === 0
+                loading: limit.running
+                onAgainRequested: root.download()
+            }
+
             DownloadList {
                 id: downloadScriptListView
 
-                anchors.top: parent.top
+                anchors.top: filterField.bottom
+                anchors.topMargin: 5
                 anchors.bottom: parent.bottom
                 width: parent.width / 5
                 model: root.model
+                library: root.library
+                filter: filterField.text
 
                 onCurrentIndexChanged: root.showNotes()
                 onActivated: root.choose()
@@ -138,7 +204,7 @@ Popup {
             Layout.fillWidth: true
             implicitHeight: 50
 
-            Button {
+            PlainButton {
                 id: downloadButton
 
                 objectName: "downloadScriptButton"
@@ -150,7 +216,7 @@ Popup {
                 onClicked: root.choose()
             }
 
-            Button {
+            PlainButton {
                 objectName: "downloadDoneButton"
                 anchors.right: parent.right
                 anchors.rightMargin: 20

@@ -6,17 +6,34 @@ Item {
 
     required property WindowActions actions
     required property font scriptFont
+    required property real zoom
     required property string deviceNeededText
+    required property DeviceScript deviceScript
+    required property int maxLength
 
-    readonly property alias editor: scriptEditor
+    readonly property alias editor: scriptPages
+    readonly property alias findBar: finding
+    readonly property alias lineBar: lineGoing
 
     PaneBar {
         id: bar
 
         width: parent.width
         title: qsTr("Current Script")
+        iconsWidth: 20 + 40 + 10 + 40 + 10
+
+        StateLine {
+            x: 160
+            width: readIcon.x - x - 15
+            anchors.verticalCenter: parent.verticalCenter
+            editor: scriptPages.current
+            deviceScript: root.deviceScript
+            maxLength: root.maxLength
+        }
 
         IconButton {
+            id: readIcon
+
             objectName: "readIcon"
             anchors.right: sendIcon.left
             anchors.rightMargin: 10
@@ -39,12 +56,35 @@ Item {
         }
     }
 
-    ScriptEditor {
-        id: scriptEditor
+    FindBar {
+        id: finding
 
         anchors.top: bar.bottom
+        width: parent.width
+        editor: scriptPages.current
+    }
+
+    LineBar {
+        id: lineGoing
+
+        anchors.top: finding.bottom
+        width: parent.width
+        editor: scriptPages.current
+    }
+
+    ScriptPages {
+        id: scriptPages
+
+        anchors.top: lineGoing.bottom
         anchors.bottom: parent.bottom
         width: parent.width
         scriptFont: root.scriptFont
+        zoom: root.zoom
+        finder: finding.visible ? finding.finder : null
+
+        FocusRing {
+            objectName: "editorFocusRing"
+            z: 1
+        }
     }
 }

@@ -149,7 +149,7 @@ Popup {
             Layout.fillWidth: true
             implicitHeight: Theme.titleBarHeight
 
-            Button {
+            PlainButton {
                 objectName: "settingsDoneButton"
                 anchors.right: parent.right
                 anchors.rightMargin: 20

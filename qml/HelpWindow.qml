@@ -107,7 +107,7 @@ Popup {
             }
         }
 
-        Button {
+        PlainButton {
             objectName: "helpOkButton"
             text: qsTr("Ok")
             padding: 0

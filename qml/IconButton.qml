@@ -7,11 +7,10 @@ import OstrelEditor
 Item {
     id: root
 
-    required property Action action
+    required property ShortcutAction action
     required property url icon
     property string disabledReason: ""
 
-    readonly property string shortcutText: String(root.action.shortcut ?? "")
     property int hitMargin: 4
 
     implicitWidth: image.implicitWidth
@@ -44,14 +43,21 @@ Item {
         Accessible.role: Accessible.Button
         Accessible.name: root.action.text
 
-        Keys.onReturnPressed: root.action.trigger()
-        Keys.onEnterPressed: root.action.trigger()
+        /// With Ctrl the key means something else, even where that cannot be done.
+        function pressBy(event: var) {
+            event.accepted = !(event.modifiers & Qt.ControlModifier);
+            if (event.accepted)
+                root.action.trigger();
+        }
+
+        Keys.onReturnPressed: event => pressBy(event)
+        Keys.onEnterPressed: event => pressBy(event)
 
         background: Rectangle {
             color: "transparent"
             radius: 3
             border.width: button.visualFocus ? 2 : 0
-            border.color: button.palette.highlight
+            border.color: Theme.focusColor
         }
     }
 
@@ -66,7 +72,7 @@ Item {
     ToolTip.text: {
         if (!root.action.enabled && root.disabledReason)
             return root.disabledReason;
-        return root.shortcutText ? qsTr("%1 (%2)").arg(root.action.text).arg(root.shortcutText)
-                                 : root.action.text;
+        return root.action.keys ? qsTr("%1 (%2)").arg(root.action.text).arg(root.action.keys)
+                                : root.action.text;
     }
 }

@@ -1,6 +1,7 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
+import OstrelEditor
 
 /// Numbers beside the lines of an editor. Only the rows in view have an item, so that a script of
 /// many thousand lines costs no more than a short one.
@@ -13,12 +14,14 @@ Rectangle {
     required property real viewTop
     required property real viewHeight
     required property font numberFont
+    required property real zoom
+    required property int markedLine ///< counted from 1; 0 for none
 
     readonly property real rowHeight: lineCount > 0 ? textHeight / lineCount : 0
     readonly property int firstRow: rowHeight > 0 ? Math.max(0, Math.floor(viewTop / rowHeight)) : 0
     readonly property int rowsInView: rowHeight > 0 ? Math.ceil(viewHeight / rowHeight) + 1 : 0
 
-    implicitWidth: 50
+    implicitWidth: 50 * Math.max(1, zoom)
     color: palette.button
 
     Repeater {
@@ -36,6 +39,14 @@ Rectangle {
             color: root.palette.windowText
             horizontalAlignment: Text.AlignRight
             verticalAlignment: Text.AlignVCenter
+
+            Rectangle {
+                z: -1
+                anchors.fill: parent
+                anchors.rightMargin: -4
+                visible: parent.row + 1 === root.markedLine
+                color: Theme.errorColor
+            }
         }
     }
 }

@@ -29,6 +29,7 @@ ApplicationWindow {
     property bool deleteInProgress: false
     property int savedIndex: -1
     property string savedName: ""
+    property bool started: false
 
     // The native objects that the start-up made; the documents below get them from here.
     readonly property FirmwareUpdate updater: firmwareUpdate // qmllint disable unqualified
@@ -40,8 +41,9 @@ ApplicationWindow {
         return scriptListModel.scriptNameAt(panes.scripts.currentIndex);
     }
 
+    /// As the editor shows it, whatever line ends the library has.
     function getScriptText(): string {
-        return scriptListModel.scriptTextAt(panes.scripts.currentIndex);
+        return panes.editor.text();
     }
 
     function getDownloadScriptName(): string {
@@ -62,22 +64,25 @@ ApplicationWindow {
 
     function updateScriptText() {
         const row = panes.scripts.currentIndex;
-        const selected = row >= 0 && row < panes.scripts.count;
-        const textBefore = panes.editor.text;
-        panes.editor.readOnly = !selected;
-        panes.editor.show(selected ? getScriptText() : "");
-        if (panes.editor.text !== textBefore)
+        const textBefore = panes.editor.text();
+        panes.editor.show(scriptListModel.scriptIdAt(row), scriptListModel.scriptTextAt(row));
+        if (panes.editor.text() === textBefore)
+            return;
+        // The start alone is not to change the library.
+        if (started)
+            takeEdit();
+        else
             checkLength();
     }
 
     function takeEdit() {
-        scriptListModel.modifyScriptText(panes.scripts.currentIndex, panes.editor.text);
+        scriptListModel.modifyScriptText(panes.scripts.currentIndex, panes.editor.text());
         checkLength();
     }
 
     function checkLength() {
-        if (panes.editor.length > maxScriptLen)
-            (messageDialog.make() as SystemMessage).show(qsTr("Script exceeds maximum allowable length (6900 bytes)"));
+        if (panes.editor.text().length > maxScriptLen)
+            (messageDialog.make() as SystemMessage).show(qsTr("Script exceeds maximum allowable length (%1 bytes)").arg(maxScriptLen));
     }
 
     function addScript(name: string, text: string) {
@@ -94,6 +99,21 @@ ApplicationWindow {
         updateScriptText();
     }
 
+    function selectKept(row: int) {
+        if (row >= 0)
+            panes.scripts.select(row);
+    }
+
+    /// Errors are about the script that was sent or read last; without one, we take the selected.
+    function showError(line: int) {
+        const id = deviceScript.lastId;
+        const row = id > 0 ? scriptListModel.findScriptById(id) : panes.scripts.currentIndex;
+        if (row < 0)
+            return;
+        panes.scripts.select(row);
+        panes.editor.showError(line);
+    }
+
     function askToDelete() {
         deleteInProgress = true;
         const dialog = okCancelDialog.make() as TextDialog;
@@ -103,13 +123,13 @@ ApplicationWindow {
 
     function deleteScript() {
         if (deleteInProgress)
-            scriptListModel.removeScript(panes.scripts.currentIndex);
+            keeping.remove(panes.scripts.currentIndex);
         updateScriptText();
         deleteInProgress = false;
     }
 
-    width: 1024
-    height: 768
+    width: Math.min(1024, Screen.desktopAvailableWidth)
+    height: Math.min(768, Screen.desktopAvailableHeight)
     minimumWidth: 800
     minimumHeight: 600
     visible: true
@@ -124,10 +144,16 @@ ApplicationWindow {
         connectedDeviceListModel.outputPortName = isApple ? "Ostrel OST Internal" : "MIDIOUT6 (Ostrel)";
         // No other product's box is ever to be written to.
         connectedDeviceListModel.addProductIDToList(ConnectedDeviceListModel.Ostrel);
+        memory.restore();
         updateScriptText();
+        started = true;
     }
 
-    onClosing: close => close.accepted = headerBar.chooser.endUpdateBeforeClosing()
+    onClosing: close => {
+        close.accepted = headerBar.chooser.endUpdateBeforeClosing();
+        if (close.accepted)
+            memory.keep();
+    }
 
     MIDI {
         id: midi
@@ -143,6 +169,9 @@ ApplicationWindow {
 
     ScriptListModel {
         id: scriptListModel
+
+        onSavingFailed: folder => rootWindow.logMessage(qsTr("Your scripts cannot be saved: %1\n").arg(folder))
+        onSavingWorksAgain: rootWindow.logMessage(qsTr("Your scripts can be saved again.\n"))
     }
 
     ScriptListModel {
@@ -174,6 +203,13 @@ ApplicationWindow {
         }
     }
 
+    ScriptKeeping {
+        id: keeping
+
+        scriptListModel: scriptListModel
+        onLogged: message => rootWindow.logMessage(message)
+    }
+
     ScriptTransfers {
         id: transfers
 
@@ -181,7 +217,21 @@ ApplicationWindow {
         scriptListModel: scriptListModel
         deviceConnected: rootWindow.connectedDevice !== -1
         onLogged: message => rootWindow.logMessage(message)
-        onScriptRead: (name, text) => rootWindow.addScript(name, text)
+        onScriptRead: (name, text) => {
+            rootWindow.addScript(name, text);
+            deviceScript.hold(panes.scripts.currentIndex, rootWindow.getScriptText());
+        }
+        onScriptSent: text => {
+            deviceScript.hold(panes.scripts.currentIndex, text);
+            panes.editor.clearMarks();
+        }
+        onDeviceScriptUnknown: deviceScript.forget()
+    }
+
+    DeviceScript {
+        id: deviceScript
+
+        scriptListModel: scriptListModel
     }
 
     ScriptFiles {
@@ -202,7 +252,13 @@ ApplicationWindow {
         scriptSelected: panes.scripts.currentIndex >= 0
         onSortRequested: rootWindow.sortScripts()
         onDeleteRequested: rootWindow.askToDelete()
-        onAddRequested: rootWindow.addScript(rootWindow.defaultScriptName, rootWindow.defaultScript)
+        onAddRequested: {
+            rootWindow.addScript(rootWindow.defaultScriptName, rootWindow.defaultScript);
+            panes.scripts.editFirstName();
+        }
+        onRestoreRequested: rootWindow.selectKept(keeping.restore())
+        onDuplicateRequested: rootWindow.selectKept(keeping.duplicate(panes.scripts.currentIndex))
+        onMoveRequested: rows => rootWindow.selectKept(keeping.move(panes.scripts.currentIndex, rows))
         onOpenFileRequested: scriptFiles.chooseAndRead()
         onSaveFileRequested: scriptFiles.chooseAndWrite(rootWindow.getScriptName(), rootWindow.getScriptText())
         onReadRequested: transfers.readScript()
@@ -211,6 +267,27 @@ ApplicationWindow {
         onDownloadRequested: downloadScriptWindow.open()
         onGuideRequested: guideWindow.open()
         onClearRequested: panes.log.clear()
+        onFindRequested: replacing => panes.find(replacing)
+        onFindAgainRequested: forward => panes.findNext(forward)
+        onLineRequested: panes.askForLine()
+        onZoomRequested: steps => steps === 0 ? panes.zoom = 1 : panes.zoomBy(steps)
+        onErrorRequested: panes.log.showLatestError()
+        onPaneStepped: direction => paneRing.step(direction)
+    }
+
+    WindowMemory {
+        id: memory
+
+        window: rootWindow
+        panes: panes
+        scriptFiles: scriptFiles
+        scriptListModel: scriptListModel
+    }
+
+    PaneRing {
+        id: paneRing
+
+        stops: [panes.scripts.list, panes.editor, panes.log.textArea, headerBar.chooser]
     }
 
     header: HeaderBar {
@@ -218,7 +295,10 @@ ApplicationWindow {
 
         firmwareUpdateObj: rootWindow.updater
         listModel: connectedDeviceListModel
-        chooser.onDeviceIsConnected: index => rootWindow.connectedDevice = index
+        chooser.onDeviceIsConnected: index => {
+            rootWindow.connectedDevice = index;
+            deviceScript.forget();
+        }
         chooser.onLogged: message => rootWindow.logMessage(message)
     }
 
@@ -230,13 +310,17 @@ ApplicationWindow {
         scriptListModel: scriptListModel
         scriptFont: Qt.font({ family: rootWindow.scriptFont, bold: rootWindow.scriptFontBold, pointSize: rootWindow.scriptPointSize })
         namePointSize: rootWindow.defaultPointSize
+        deviceScript: deviceScript
+        maxScriptLength: rootWindow.maxScriptLen
         editor.onEdited: rootWindow.takeEdit()
         scripts.onSelectionChanged: {
             rootWindow.updateScriptText();
             scriptListModel.saveInBackground();
         }
-        // A dropped script is selected, and the one that is selected is deleted.
-        scripts.takesDrops: !rootWindow.deleteInProgress
+        log.onErrorLineWanted: line => rootWindow.showError(line)
+        scripts.onNewScriptNamed: panes.editor.editAtEnd()
+        // Nothing is to change behind a question or a window that covers this one.
+        scripts.takesDrops: !(Overlay.overlay?.visible ?? false)
         scripts.onFilesDropped: urls => scriptFiles.readAll(urls)
     }
 
@@ -298,8 +382,9 @@ ApplicationWindow {
         document: "DownloadScriptWindow.qml"
         properties: ({
             model: downloadScriptListModel,
+            library: scriptListModel,
             scriptUrl: rootWindow.scriptUrl,
-            scriptFont: panes.scriptFont
+            scriptFont: Qt.binding(() => panes.zoomedFont)
         })
     }
 

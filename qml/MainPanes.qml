@@ -11,11 +11,47 @@ RowLayout {
 
     required property WindowActions actions
     required property ScriptListModel scriptListModel
-    required property font scriptFont
+    required property font scriptFont ///< before zoom
     required property int namePointSize
+    required property DeviceScript deviceScript
+    required property int maxScriptLength
+
+    readonly property real minZoom: 0.5
+    readonly property real maxZoom: 3
+    readonly property int minLogHeight: 150
+    property real zoom: 1 ///< of the editor, its numbers, the log and the notes of scripts on offer
+    property real logHeight: minLogHeight ///< at the start
+    readonly property font zoomedFont: Qt.font({
+        family: scriptFont.family,
+        bold: scriptFont.bold,
+        pointSize: Math.round(scriptFont.pointSize * zoom)
+    })
+
+    function zoomBy(steps: int) {
+        zoom = Math.max(minZoom, Math.min(maxZoom, Math.round(zoom * 10 + steps) / 10));
+    }
 
     readonly property alias scripts: scriptListPane
     readonly property alias editor: editorPane.editor
+
+    /// Where the list has the keyboard, the scripts are looked through, and else the shown one.
+    function find(replacing: bool) {
+        if (scriptListPane.list.activeFocus && !replacing)
+            scriptListPane.startFiltering();
+        else
+            editorPane.findBar.find(replacing);
+    }
+
+    function findNext(forward: bool) {
+        if (forward)
+            editorPane.findBar.findNext();
+        else
+            editorPane.findBar.findPrevious();
+    }
+
+    function askForLine() {
+        editorPane.lineBar.ask();
+    }
     readonly property alias log: messageLogPane
     readonly property string deviceNeededText: qsTr("Connect a device first")
 
@@ -26,12 +62,13 @@ RowLayout {
 
         Layout.fillWidth: true
         Layout.fillHeight: true
-        Layout.minimumWidth: root.width / 6
+        Layout.minimumWidth: Math.max(root.width / 6, Math.min(scriptListPane.neededWidth, root.width / 2))
         Layout.preferredWidth: Theme.listWidth
         Layout.maximumWidth: root.width / 2
         model: root.scriptListModel
         actions: root.actions
         namePointSize: root.namePointSize
+        heldScriptId: root.deviceScript.scriptId
         deviceNeededText: root.deviceNeededText
     }
 
@@ -51,22 +88,31 @@ RowLayout {
 
         handle: PaneHandle {}
 
+        WheelHandler {
+            acceptedModifiers: Qt.ControlModifier
+            onWheel: event => root.zoomBy(event.angleDelta.y > 0 ? 1 : -1)
+        }
+
         EditorPane {
             id: editorPane
 
             SplitView.fillHeight: true
             SplitView.minimumHeight: 2 * Theme.paneBarHeight
             actions: root.actions
-            scriptFont: root.scriptFont
+            scriptFont: root.zoomedFont
+            zoom: root.zoom
+            deviceScript: root.deviceScript
+            maxLength: root.maxScriptLength
             deviceNeededText: root.deviceNeededText
         }
 
         MessageLogPane {
             id: messageLogPane
 
-            SplitView.minimumHeight: 150
-            SplitView.preferredHeight: 150
+            SplitView.minimumHeight: root.minLogHeight
+            SplitView.preferredHeight: root.logHeight
             actions: root.actions
+            zoom: root.zoom
         }
     }
 }

@@ -1,13 +1,27 @@
 import QtQuick
 import QtQuick.Controls
+import Editing
 import OstrelEditor
 import Scripts
 
-/// What the box prints and what the editor did with it.
+/// What the box prints and what the editor did with it. Follows what comes while its end is in
+/// sight; scrolled up, it stays where it is.
 Item {
     id: root
 
     required property WindowActions actions
+    required property real zoom
+
+    readonly property alias textArea: messageTextArea
+
+    /// The user asks for the line that an error names.
+    signal errorLineWanted(int line)
+
+    function showLatestError() {
+        const line = errorLines.latest();
+        if (line > 0)
+            errorLineWanted(line);
+    }
 
     /// Adds `text` at the end, as it is.
     function append(text: string) {
@@ -16,6 +30,7 @@ Item {
 
     function clear() {
         appender.clear();
+        view.follows = true;
     }
 
     PaneBar {
@@ -39,8 +54,11 @@ Item {
     Flickable {
         id: view
 
-        function showEnd() {
-            contentY = Math.max(0, contentHeight - height);
+        property bool follows: true
+
+        function followEnd() {
+            if (follows)
+                contentY = Math.max(0, contentHeight - height);
         }
 
         anchors.top: bar.bottom
@@ -51,7 +69,12 @@ Item {
         contentWidth: width
         contentHeight: messageTextArea.height
 
-        ScrollBar.vertical: ScrollBar {}
+        // Text that comes moves the end, not the view, so this is the user's doing, or followEnd's.
+        onContentYChanged: follows = contentY + height >= contentHeight - messageTextArea.bottomPadding - 1
+        onContentHeightChanged: followEnd()
+        onHeightChanged: followEnd()
+
+        ScrollBar.vertical: NeededScrollBar {}
 
         ScrolledTextArea {
             id: messageTextArea
@@ -59,10 +82,29 @@ Item {
             objectName: "messageTextArea"
             width: view.width
             viewport: view
+            font.pointSize: Math.round(Application.font.pointSize * root.zoom)
             // Without wrapping the whole log would be laid out anew with each line.
             wrapMode: TextEdit.Wrap
 
             Accessible.name: qsTr("Message log")
+
+            function errorLineAt(x: real, y: real): int {
+                return errorLines.lineNamedAt(positionAt(x, y));
+            }
+
+            onReleased: event => {
+                const line = errorLineAt(event.x, event.y);
+                // Later, since the click itself gives the log the keyboard after this.
+                if (line > 0 && selectedText === "")
+                    Qt.callLater(root.errorLineWanted, line);
+            }
+
+            HoverHandler {
+                readonly property bool isOnLine: hovered
+                    && messageTextArea.errorLineAt(point.position.x, point.position.y) > 0
+
+                cursorShape: isOnLine ? Qt.PointingHandCursor : Qt.IBeamCursor
+            }
 
             onCursorRectangleChanged: {
                 if (activeFocus)
@@ -75,6 +117,12 @@ Item {
         }
     }
 
+    FocusRing {
+        objectName: "logFocusRing"
+        anchors.topMargin: bar.height
+        shown: messageTextArea.activeFocus
+    }
+
     Image {
         anchors.right: parent.right
         anchors.bottom: parent.bottom
@@ -83,10 +131,15 @@ Item {
         opacity: Theme.normalIconOpacity
     }
 
+    ErrorLines {
+        id: errorLines
+
+        Component.onCompleted: setDocumentFromQML(messageTextArea.textDocument)
+    }
+
     TextAppender {
         id: appender
 
-        onAppended: view.showEnd()
         Component.onCompleted: setDocumentFromQML(messageTextArea.textDocument)
     }
 }

@@ -24,7 +24,9 @@ Item {
     readonly property string availableScripts: markup.heading(2, qsTr("Available Scripts"))
         + markup.paragraph(qsTr("The column on the left lists the scripts that you have "
             + "downloaded or written. Click a name to select a script, and type to rename it. "
-            + "A .py file that is dropped on the list is added to it. The options at the top "
+            + "A .py file that is dropped on the list is added to it. In the list, letters jump to "
+            + "a name, and Alt with the up or down arrow moves a script. A script that you deleted "
+            + "comes back with Ctrl+Shift+T, as long as the program runs. The options at the top "
             + "of the list are:"))
         + markup.list([
             markup.option(qsTr("Up/Down arrow"), qsTr("Alphabetically sorts your list of scripts")),
@@ -43,6 +45,10 @@ Item {
             markup.option(qsTr("Send Script"),
                 qsTr("Sends the current script to your device, which runs it automatically"))
         ])
+        + markup.paragraph(qsTr("Beside them stands how long the script is, whether your device has "
+            + "it, and how many of its characters will not survive the way there: only plain "
+            + "English letters, digits and signs do. The list marks the script that your device "
+            + "runs with a dot."))
 
     readonly property string otherOptions: markup.heading(2, qsTr("Other Options"))
         + markup.paragraph(qsTr("Three more options are in the bottom left corner:"))
@@ -52,7 +58,7 @@ Item {
                     + "mode, name and Sysex ID (only while a device is connected)")),
             markup.option(qsTr("Download Scripts"),
                 qsTr("Opens the Download Scripts window, where you can download more scripts from "
-                    + "our website")),
+                    + "our website; a check mark shows those that you have")),
             markup.option(qsTr("Read Guide"), qsTr("Opens this help window"))
         ])
 
@@ -60,7 +66,9 @@ Item {
         + markup.paragraph(qsTr("The area at the lower right shows every message that your "
             + "device sends. That is useful when you look for a mistake in a script: errors "
             + "that the device's scripting system reports appear there, and so does the output "
-            + "of print statements. The <b>Clear</b> button empties the log."))
+            + "of print statements. Click on the line number of an error, or press F8 for the "
+            + "latest, and that line of the script that you sent last is shown. The log follows what "
+            + "comes unless you scroll up. The <b>Clear</b> button empties the log."))
 
     readonly property string writingScripts: markup.heading(1, qsTr("Writing Scripts"))
         + markup.paragraph(qsTr("Scripts are written in the MicroPython language, which is "

@@ -10,10 +10,15 @@ Rectangle {
     property int titleMargin: 10
     property int iconsWidth: 0 ///< what the icons on the right take, which the label leaves free
 
+    /// With less, the label is elided.
+    readonly property real neededWidth: titleMargin + Math.ceil(label.implicitWidth) + iconsWidth
+
     implicitHeight: Theme.paneBarHeight
     color: palette.dark
 
     Label {
+        id: label
+
         anchors.left: parent.left
         anchors.leftMargin: root.titleMargin
         anchors.right: parent.right
@@ -25,7 +30,5 @@ Rectangle {
         textFormat: Text.PlainText
         elide: Text.ElideRight
         font.pointSize: Theme.labelPointSize
-        fontSizeMode: Text.HorizontalFit
-        minimumPointSize: 9
     }
 }

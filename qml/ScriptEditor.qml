@@ -1,34 +1,64 @@
 import QtQuick
 import QtQuick.Controls
+import Editing
 import OSTSyntaxHighlighter
 import OstrelEditor
 
-/// The script editor: a text area with line numbers in one area that scrolls both ways; the numbers
+/// Edits one script: a text area with line numbers in one area that scrolls both ways; the numbers
 /// stay at its left edge.
 Flickable {
     id: view
 
+    required property int scriptId
     required property font scriptFont
+    required property real zoom
 
     property alias readOnly: scriptTextArea.readOnly
     // Aliases, since a binding may still hold the text from before when edited() arrives.
     property alias text: scriptTextArea.text
     property alias length: scriptTextArea.length
+    readonly property alias lineCount: scriptTextArea.lineCount
+    readonly property alias cursorPosition: scriptTextArea.cursorPosition
+    readonly property alias selectionStart: scriptTextArea.selectionStart
+    readonly property alias selectedText: scriptTextArea.selectedText
+    readonly property int selectionLength: scriptTextArea.selectionEnd - scriptTextArea.selectionStart
+    readonly property var document: scriptTextArea.textDocument
+    readonly property alias lost: lostCharacters
+    property int markedLine: 0 ///< whose number stands out until the next edit; 0 for none
+    property TextFinder finder: null ///< whose places are tinted
     readonly property real textWidth: width - lineNumbers.width
 
     /// The user changed the text.
     signal edited
 
     /// Replaces the text without taking that for an edit.
-    function show(text: string) {
+    function load(text: string) {
         loading.active = true;
-        // A text area that is given the text that it has keeps the cursor and what can be undone.
-        if (scriptTextArea.text === text)
-            scriptTextArea.text = "";
         scriptTextArea.text = text;
         loading.active = false;
         contentX = 0;
         contentY = 0;
+    }
+
+    /// Gives the text the keyboard.
+    function edit() {
+        scriptTextArea.forceActiveFocus();
+    }
+
+    function moveTo(position: int) {
+        scriptTextArea.cursorPosition = Math.min(position, length);
+    }
+
+    function select(start: int, end: int) {
+        scriptTextArea.select(start, end);
+    }
+
+    /// Puts the cursor at the beginning of a line, counted from 1, and the line in the middle.
+    function goToLine(line: int) {
+        const lines = text.split("\n").slice(0, line - 1);
+        scriptTextArea.cursorPosition = Math.min(length, lines.join("\n").length + (line > 1 ? 1 : 0));
+        const middle = scriptTextArea.cursorRectangle.y - height / 2;
+        contentY = Math.max(0, Math.min(contentHeight - height, middle));
     }
 
     function keepCursorVisible() {
@@ -46,7 +76,7 @@ Flickable {
     contentWidth: lineNumbers.width + scriptTextArea.width
     contentHeight: scriptTextArea.height
 
-    ScrollBar.vertical: ScrollBar {}
+    ScrollBar.vertical: NeededScrollBar {}
     ScrollBar.horizontal: ScrollBar {}
 
     QtObject {
@@ -59,6 +89,7 @@ Flickable {
         id: scriptTextArea
 
         objectName: "scriptTextArea"
+        focus: true
         x: lineNumbers.width
         width: Math.max(view.textWidth, contentWidth + leftPadding + rightPadding)
         viewport: view
@@ -66,20 +97,76 @@ Flickable {
         topPadding: 1
         font: view.scriptFont
         tabStopDistance: Theme.tabStop
+        persistentSelection: true // seen while the find bar has the keyboard
         wrapMode: TextEdit.NoWrap
 
         Accessible.name: qsTr("Script editor")
 
         onTextChanged: {
-            if (!loading.active)
-                view.edited();
+            if (loading.active)
+                return;
+            view.markedLine = 0;
+            view.edited();
         }
         onCursorRectangleChanged: view.keepCursorVisible()
 
-        Keys.onTabPressed: {
-            if (!readOnly)
+        /// True when that is done. What is none of these keys is left to the text area.
+        function pressPythonKey(event: var): bool {
+            const ctrl = (event.modifiers & ~Qt.KeypadModifier) === Qt.ControlModifier;
+            const plain = (event.modifiers & ~(Qt.KeypadModifier | Qt.ShiftModifier)) === 0;
+            const hasSelection = selectionStart !== selectionEnd;
+            if (event.matches(StandardKey.Paste))
+                pythonKeys.paste(selectionStart, selectionEnd);
+            else if (ctrl && event.key === Qt.Key_Slash)
+                pythonKeys.toggleComments(selectionStart, selectionEnd);
+            else if (plain && (event.key === Qt.Key_Return || event.key === Qt.Key_Enter))
+                pythonKeys.breakLine(selectionStart, selectionEnd);
+            else if (event.key === Qt.Key_Backtab)
+                pythonKeys.outdent(selectionStart, selectionEnd);
+            else if (event.key === Qt.Key_Tab && hasSelection)
+                pythonKeys.indent(selectionStart, selectionEnd);
+            else if (event.key === Qt.Key_Tab)
                 insert(cursorPosition, "    ");
+            else
+                return plain && event.key === Qt.Key_Backspace && !hasSelection
+                    && pythonKeys.deleteIndent(cursorPosition);
+            return true;
         }
+
+        Keys.onPressed: event => {
+            // The keys that move by a page are taken by now.
+            if (!event.accepted && !readOnly)
+                event.accepted = pressPythonKey(event);
+        }
+    }
+
+    PythonKeys {
+        id: pythonKeys
+
+        Component.onCompleted: setDocumentFromQML(scriptTextArea.textDocument)
+    }
+
+    TextMarks {
+        x: scriptTextArea.x
+        textArea: scriptTextArea
+        viewport: view
+        source: view.finder
+        color: Theme.hitColor
+    }
+
+    LostCharacters {
+        id: lostCharacters
+
+        Component.onCompleted: setDocumentFromQML(scriptTextArea.textDocument)
+    }
+
+    TextMarks {
+        x: scriptTextArea.x
+        textArea: scriptTextArea
+        viewport: view
+        source: lostCharacters.count > 0 ? lostCharacters : null
+        color: Theme.warningColor
+        underlined: true
     }
 
     LineNumbers {
@@ -93,6 +180,8 @@ Flickable {
         viewTop: view.contentY
         viewHeight: view.height
         numberFont: view.scriptFont
+        zoom: view.zoom
+        markedLine: view.markedLine
     }
 
     OSTSyntaxHighlighter {

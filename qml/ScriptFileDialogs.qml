@@ -7,16 +7,23 @@ import Scripts
 Item {
     id: root
 
+    readonly property alias openFolder: openDialog.currentFolder
+    readonly property alias saveFolder: saveDialog.currentFolder
+
     signal opened(var urls)
     signal saveChosen(url file)
     signal replaceChosen(url file)
 
-    function chooseOpen() {
+    function chooseOpen(folder: url) {
+        if (String(folder) !== "")
+            openDialog.currentFolder = folder;
         openDialog.open();
         colors.setPathBar(palette.base);
     }
 
-    function chooseSave(fileName: string) {
+    function chooseSave(folder: url, fileName: string) {
+        if (String(folder) !== "")
+            saveDialog.currentFolder = folder;
         saveDialog.selectedFile = saveDialog.currentFolder + "/" + encodeURIComponent(fileName);
         saveDialog.open();
         colors.setPathBar(palette.base);

@@ -10,6 +10,7 @@ Item {
     signal failed(string message)
 
     property string textToSave: ""
+    property url folder ///< where the dialogs begin; empty for where the system has them begin
 
     function readAll(urls) {
         const refused = [];
@@ -24,12 +25,12 @@ Item {
     }
 
     function chooseAndRead() {
-        (dialogs.make() as ScriptFileDialogs).chooseOpen();
+        (dialogs.make() as ScriptFileDialogs).chooseOpen(folder);
     }
 
     function chooseAndWrite(name: string, text: string) {
         textToSave = text;
-        (dialogs.make() as ScriptFileDialogs).chooseSave(scriptFile.fileNameFor(name));
+        (dialogs.make() as ScriptFileDialogs).chooseSave(folder, scriptFile.fileNameFor(name));
     }
 
     function write(file: url) {
@@ -59,10 +60,12 @@ Item {
         target: dialogs.item
 
         function onOpened(urls: var) {
+            root.folder = (dialogs.item as ScriptFileDialogs).openFolder;
             root.readAll(urls);
         }
 
         function onSaveChosen(file: url) {
+            root.folder = (dialogs.item as ScriptFileDialogs).saveFolder;
             root.writeOrAsk(file);
         }
 

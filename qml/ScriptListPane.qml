@@ -14,22 +14,60 @@ ColumnLayout {
     required property ScriptListModel model
     required property WindowActions actions
     required property int namePointSize
+    required property int heldScriptId ///< which the device runs; 0 if that is not known
     required property string deviceNeededText
     property bool takesDrops: true
 
+    /// With less, the title does not stand in full beside the icons.
+    readonly property real neededWidth: bar.neededWidth
+
     property alias currentIndex: scriptListView.currentIndex
     property alias count: scriptListView.count
+    readonly property alias list: scriptListView
 
     signal selectionChanged
+    signal newScriptNamed
     signal filesDropped(var urls)
 
     function select(row: int) {
+        // Or what the model did meanwhile would be applied to the new index as well.
+        scriptListView.forceLayout();
         scriptListView.currentIndex = row < scriptListView.count ? row : -1;
         scriptListView.positionViewAtIndex(row, ListView.Contain);
     }
 
+    function startFiltering() {
+        filterField.visible = true;
+        filterField.forceActiveFocus();
+        filterField.selectAll();
+    }
+
+    function endFiltering() {
+        filterField.clear();
+        filterField.visible = false;
+        scriptListView.forceActiveFocus();
+    }
+
+    function isWanted(name: string, text: string): bool {
+        const wanted = filterField.text.toLowerCase();
+        return wanted === "" || (name + "\n" + text).toLowerCase().includes(wanted);
+    }
+
+    /// The nearest row in that direction that the filter leaves, from `row` on; -1 for none.
+    function wantedRow(row: int, direction: int): int {
+        while (row >= 0 && row < count && !isWanted(model.scriptNameAt(row), model.scriptTextAt(row)))
+            row += direction;
+        return row < count ? row : -1;
+    }
+
     function selectLast() {
         select(scriptListView.count - 1);
+    }
+
+    /// Lets the user name the selected script, which is new.
+    function editFirstName() {
+        scriptListView.positionViewAtIndex(currentIndex, ListView.Contain);
+        (scriptListView.currentItem as ScriptListDelegate)?.editFirstName();
     }
 
     spacing: 0
@@ -37,12 +75,14 @@ ColumnLayout {
     PaneBar {
         id: bar
 
+        readonly property int edgeDistance: 25
         readonly property int iconStep: 25
+        readonly property int iconWidth: 20
 
         Layout.fillWidth: true
         title: qsTr("Available Scripts")
         titleMargin: scriptIcon.x + scriptIcon.width + 5
-        iconsWidth: 4 * iconStep - 10
+        iconsWidth: edgeDistance + 2 * iconStep + iconWidth + 10
 
         Image {
             id: scriptIcon
@@ -68,18 +108,51 @@ ColumnLayout {
                 objectName: modelData.name
                 hitMargin: 2
                 anchors.right: bar.right
-                anchors.rightMargin: bar.iconStep * (3 - index) - width / 2
+                anchors.rightMargin: bar.edgeDistance + bar.iconStep * (2 - index)
                 anchors.verticalCenter: bar.verticalCenter
             }
         }
+    }
+
+    BarField {
+        id: filterField
+
+        objectName: "filterField"
+        Layout.fillWidth: true
+        Layout.margins: 5
+        visible: false
+        hint: qsTr("Find scripts by name or text")
+        Keys.onEscapePressed: root.endFiltering()
+        Keys.onReturnPressed: scriptListView.stepBy(0)
+        Keys.onEnterPressed: scriptListView.stepBy(0)
+        Keys.onDownPressed: scriptListView.stepBy(0)
     }
 
     ListView {
         id: scriptListView
 
         function stepBy(rows: int) {
-            root.select(Math.max(0, Math.min(count - 1, currentIndex + rows)));
+            const direction = rows < 0 ? -1 : 1;
+            const target = Math.max(0, Math.min(count - 1, currentIndex + rows));
+            const onwards = root.wantedRow(target, direction);
+            const row = onwards >= 0 ? onwards : root.wantedRow(target, -direction);
+            if (row >= 0)
+                root.select(row);
             forceActiveFocus();
+        }
+
+        /// Selects the next script whose name begins with what was typed of late.
+        function jumpBy(letter: string) {
+            const isFirst = typed.letters === "";
+            typed.letters += letter.toLowerCase();
+            typed.restart();
+            for (let i = isFirst ? 1 : 0; i <= count; ++i) {
+                const row = (currentIndex + i) % count;
+                if (root.model.scriptNameAt(row).toLowerCase().startsWith(typed.letters)) {
+                    root.select(row);
+                    return;
+                }
+            }
         }
 
         /// On Return, which means something else with Ctrl, even where that cannot be done.
@@ -101,9 +174,18 @@ ColumnLayout {
         Accessible.role: Accessible.List
         Accessible.name: qsTr("Available Scripts")
 
-        ScrollBar.vertical: ScrollBar {}
+        ScrollBar.vertical: NeededScrollBar {
+            id: listBar
+        }
 
         onCurrentIndexChanged: root.selectionChanged()
+        Keys.onUpPressed: stepBy(-1)
+        Keys.onDownPressed: stepBy(1)
+        Keys.onEscapePressed: event => {
+            event.accepted = filterField.visible;
+            if (event.accepted)
+                root.endFiltering();
+        }
         Keys.onReturnPressed: event => editName(event)
         Keys.onEnterPressed: event => editName(event)
         Keys.onPressed: event => {
@@ -119,19 +201,39 @@ ColumnLayout {
                 stepBy(steps[event.key]);
             else if (event.key === Qt.Key_F2)
                 (currentItem as ScriptListDelegate)?.editName();
+            else if (count > 0 && /^[^\s\x00-\x1F\x7F]$/.test(event.text) && !(event.modifiers & commandKeys))
+                jumpBy(event.text);
+        }
+
+        readonly property int commandKeys: Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier
+
+        Timer {
+            id: typed
+
+            property string letters: ""
+
+            interval: 1000
+            onTriggered: letters = ""
         }
 
         delegate: ScriptListDelegate {
-            width: ListView.view.width
+            width: ListView.view.width - (listBar.size < 1 ? listBar.width : 0)
             pointSize: root.namePointSize
+            isHeld: root.heldScriptId !== 0 && root.model.scriptIdAt(index) === root.heldScriptId
+            isWanted: root.isWanted(scriptName, scriptText)
 
             onSelected: {
                 // A row that was deleted may get the focus before it goes.
                 if (index >= 0)
                     scriptListView.currentIndex = index;
             }
+            onNamed: root.newScriptNamed()
             onRenamed: name => root.model.modifyScriptName(index, name)
             onStepped: rows => scriptListView.stepBy(rows)
+        }
+
+        FocusRing {
+            objectName: "listFocusRing"
         }
 
         DropArea {

@@ -14,15 +14,19 @@ QtObject {
 
     signal logged(string message)
     signal scriptRead(string name, string text)
+    signal scriptSent(string text)
+    signal deviceScriptUnknown ///< what was sent is not there, or nobody can tell
 
     readonly property Connections confirmation: Connections {
         target: root.transfer
 
         function onSentScriptDiffers() {
+            root.deviceScriptUnknown();
             root.logged(qsTr("The device holds a different script. Please send it again.\n"));
         }
 
         function onSentScriptNotConfirmed() {
+            root.deviceScriptUnknown();
             root.logged(qsTr("The device did not confirm the script.\n"));
         }
     }
@@ -46,6 +50,11 @@ QtObject {
             return;
         logged(qsTr("Sending...\n"));
         scriptListModel.saveToFile();
-        logged(transfer.sendScript(text) ? qsTr("Send complete!\n") : qsTr("Error sending script.\n"));
+        const sent = transfer.sendScript(text);
+        logged(sent ? qsTr("Send complete!\n") : qsTr("Error sending script.\n"));
+        if (sent)
+            scriptSent(text);
+        else
+            deviceScriptUnknown();
     }
 }

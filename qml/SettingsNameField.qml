@@ -1,4 +1,5 @@
 import QtQuick
+import OstrelEditor
 
 /// The field for a box's display name. A click anywhere in it starts editing.
 Rectangle {
@@ -15,7 +16,9 @@ Rectangle {
 
     implicitWidth: 200
     implicitHeight: 25
-    color: palette.mid
+    color: palette.base
+    border.width: nameInput.activeFocus ? 2 : 1
+    border.color: nameInput.activeFocus ? Theme.focusColor : palette.mid
 
     onActiveFocusChanged: {
         if (activeFocus)

@@ -9,12 +9,21 @@ QtObject {
     readonly property real normalIconOpacity: 0.6
     readonly property real disabledIconOpacity: 0.2
 
+    // Beside the palette: what is marked, and what has the keyboard, at 3:1 on every ground.
+    readonly property color focusColor: "#FFFFFF"
+    readonly property color hitColor: "#66FFA500"
+    readonly property color warningColor: "#FFFF80"
+    readonly property color errorColor: "#B3261E"
+
+    readonly property int nearlyFull: 6500 ///< characters of a script
+
     readonly property int headerHeight: 60
     readonly property int titleBarHeight: 50
     readonly property int paneBarHeight: 40
     readonly property int rowHeight: 25
     readonly property int tabStop: 20
     readonly property int buttonHeight: 30
+    readonly property int barControlHeight: 26
 
     readonly property int labelPointSize: 16
     readonly property int titlePointSize: 18

@@ -12,6 +12,9 @@ Item {
     signal sortRequested
     signal deleteRequested
     signal addRequested
+    signal restoreRequested
+    signal duplicateRequested
+    signal moveRequested(int rows)
     signal openFileRequested
     signal saveFileRequested
     signal readRequested
@@ -20,75 +23,157 @@ Item {
     signal downloadRequested
     signal guideRequested
     signal clearRequested
+    signal findRequested(bool replacing)
+    signal findAgainRequested(bool forward)
+    signal lineRequested
+    signal errorRequested
+    signal zoomRequested(int steps) ///< 0 for none
+    signal paneStepped(int direction)
 
-    readonly property Action sortScripts: Action {
+    readonly property ShortcutAction sortScripts: ShortcutAction {
         text: qsTr("Sort scripts")
-        shortcut: "Ctrl+L"
+        keys: "Ctrl+L"
         onTriggered: root.sortRequested()
     }
-    readonly property Action deleteScript: Action {
+    readonly property ShortcutAction deleteScript: ShortcutAction {
         text: qsTr("Delete script")
-        shortcut: "Ctrl+Shift+Delete"
+        keys: "Ctrl+Shift+Delete"
         onTriggered: root.deleteRequested()
     }
-    readonly property Action addScript: Action {
+    readonly property ShortcutAction addScript: ShortcutAction {
         text: qsTr("Add script")
-        shortcut: "Ctrl+N"
+        keys: "Ctrl+N"
         onTriggered: root.addRequested()
     }
-    readonly property Action openFile: Action {
+    readonly property ShortcutAction restoreScript: ShortcutAction {
+        text: qsTr("Bring back the script that was deleted last")
+        keys: "Ctrl+Shift+T"
+        onTriggered: root.restoreRequested()
+    }
+    readonly property ShortcutAction duplicateScript: ShortcutAction {
+        text: qsTr("Duplicate script")
+        keys: "Ctrl+Shift+D"
+        enabled: root.scriptSelected
+        onTriggered: root.duplicateRequested()
+    }
+    readonly property ShortcutAction moveScriptUp: ShortcutAction {
+        text: qsTr("Move script up")
+        keys: "Alt+Up"
+        enabled: root.scriptSelected
+        onTriggered: root.moveRequested(-1)
+    }
+    readonly property ShortcutAction moveScriptDown: ShortcutAction {
+        text: qsTr("Move script down")
+        keys: "Alt+Down"
+        enabled: root.scriptSelected
+        onTriggered: root.moveRequested(1)
+    }
+    readonly property ShortcutAction openFile: ShortcutAction {
         text: qsTr("Add script from file")
-        shortcut: "Ctrl+O"
+        keys: "Ctrl+O"
         onTriggered: root.openFileRequested()
     }
-    readonly property Action saveFile: Action {
+    readonly property ShortcutAction saveFile: ShortcutAction {
         text: qsTr("Save script to file")
-        shortcut: "Ctrl+S"
+        keys: "Ctrl+S"
         enabled: root.scriptSelected
         onTriggered: root.saveFileRequested()
     }
-    readonly property Action readScript: Action {
+    readonly property ShortcutAction readScript: ShortcutAction {
         text: qsTr("Read Script")
-        shortcut: "Ctrl+R"
+        keys: "Ctrl+R"
         enabled: root.deviceConnected
         onTriggered: root.readRequested()
     }
-    readonly property Action sendScript: Action {
+    readonly property ShortcutAction sendScript: ShortcutAction {
         text: qsTr("Send Script")
-        shortcut: "Ctrl+Return"
+        keys: "Ctrl+Return"
+        otherKeys: "Ctrl+Enter"
         enabled: root.deviceConnected
         onTriggered: root.sendRequested()
     }
-    readonly property Action settings: Action {
+    readonly property ShortcutAction settings: ShortcutAction {
         text: qsTr("Settings")
-        shortcut: "Ctrl+,"
+        keys: "Ctrl+,"
         enabled: root.deviceConnected
         onTriggered: root.settingsRequested()
     }
-    readonly property Action downloadScripts: Action {
+    readonly property ShortcutAction downloadScripts: ShortcutAction {
         text: qsTr("Download Scripts")
-        shortcut: "Ctrl+D"
+        keys: "Ctrl+D"
         onTriggered: root.downloadRequested()
     }
-    readonly property Action readGuide: Action {
+    readonly property ShortcutAction readGuide: ShortcutAction {
         text: qsTr("Read Guide")
-        shortcut: "F1"
+        keys: "F1"
         onTriggered: root.guideRequested()
     }
-    readonly property Action clearLog: Action {
+    readonly property ShortcutAction clearLog: ShortcutAction {
         text: qsTr("Clear")
-        shortcut: "Ctrl+Shift+K"
+        keys: "Ctrl+Shift+K"
         onTriggered: root.clearRequested()
     }
 
-    // The other Return.
-    Shortcut {
-        sequence: "Ctrl+Enter"
-        enabled: root.sendScript.enabled
-        onActivated: root.sendScript.trigger()
+    readonly property ShortcutAction find: ShortcutAction {
+        text: qsTr("Find in the script, or in the list a script")
+        keys: "Ctrl+F"
+        onTriggered: root.findRequested(false)
+    }
+    readonly property ShortcutAction replace: ShortcutAction {
+        text: qsTr("Replace in the script")
+        keys: "Ctrl+H"
+        onTriggered: root.findRequested(true)
+    }
+    readonly property ShortcutAction findNext: ShortcutAction {
+        text: qsTr("Find next")
+        keys: "F3"
+        onTriggered: root.findAgainRequested(true)
+    }
+    readonly property ShortcutAction findPrevious: ShortcutAction {
+        text: qsTr("Find previous")
+        keys: "Shift+F3"
+        onTriggered: root.findAgainRequested(false)
+    }
+    readonly property ShortcutAction goToLine: ShortcutAction {
+        text: qsTr("Go to a line")
+        keys: "Ctrl+G"
+        onTriggered: root.lineRequested()
+    }
+    readonly property ShortcutAction showError: ShortcutAction {
+        text: qsTr("Show the line of the latest error in the log")
+        keys: "F8"
+        onTriggered: root.errorRequested()
+    }
+    readonly property ShortcutAction zoomIn: ShortcutAction {
+        text: qsTr("Larger text")
+        keys: "Ctrl++"
+        otherKeys: "Ctrl+="
+        onTriggered: root.zoomRequested(1)
+    }
+    readonly property ShortcutAction zoomOut: ShortcutAction {
+        text: qsTr("Smaller text")
+        keys: "Ctrl+-"
+        onTriggered: root.zoomRequested(-1)
+    }
+    readonly property ShortcutAction zoomReset: ShortcutAction {
+        text: qsTr("Text of normal size")
+        keys: "Ctrl+0"
+        onTriggered: root.zoomRequested(0)
+    }
+    readonly property ShortcutAction nextPane: ShortcutAction {
+        text: qsTr("Go to the next of list, editor, log and device menu")
+        keys: "F6"
+        onTriggered: root.paneStepped(1)
+    }
+    readonly property ShortcutAction previousPane: ShortcutAction {
+        text: qsTr("Go to the one before")
+        keys: "Shift+F6"
+        onTriggered: root.paneStepped(-1)
     }
 
     /// In the order in which the guide lists them.
-    readonly property list<Action> all: [addScript, deleteScript, sortScripts, openFile, saveFile, readScript,
-        sendScript, clearLog, settings, downloadScripts, readGuide]
+    readonly property list<Action> all: [addScript, deleteScript, restoreScript, duplicateScript, sortScripts,
+        moveScriptUp, moveScriptDown, openFile, saveFile, readScript,
+        sendScript, clearLog, settings, downloadScripts, readGuide, find, replace, findNext, findPrevious, goToLine, showError,
+        zoomIn, zoomOut, zoomReset, nextPane, previousPane]
 }

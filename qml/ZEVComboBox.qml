@@ -2,6 +2,7 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 import QtQuick.Controls
+import OstrelEditor
 
 /// The combo box of this application, styled with the window's palette. Entries whose "valid" role
 /// is false can be shown as such.
@@ -32,8 +33,36 @@ ComboBox {
         opensOnRelease = false;
     }
 
+    background: Rectangle {
+        implicitWidth: 140
+        implicitHeight: 40
+        color: control.down ? control.palette.mid : control.palette.button
+        border.color: Theme.focusColor
+        border.width: control.visualFocus ? 2 : 0
+    }
+
+    // The style's own arrows are too dark for this ground.
+    indicator: Column {
+        x: control.width - width - 12
+        anchors.verticalCenter: parent?.verticalCenter
+        spacing: -2
+
+        Repeater {
+            model: ["\u25B4", "\u25BE"]
+
+            Text {
+                required property string modelData
+
+                text: modelData
+                font.pixelSize: 13
+                color: control.palette.buttonText
+            }
+        }
+    }
+
     contentItem: Text {
         leftPadding: 12
+        rightPadding: 4
         text: control.displayText
         textFormat: Text.PlainText
         // The end tells boxes of the same name apart.

@@ -14,19 +14,29 @@ from ostrel import *
 
 SWITCH_CONTROLLER = 80
 SUSTAIN = 64
-OUTPUTS = (MIDI_OUT_1, MIDI_OUT_2)
-COLOURS = (LED_GREEN, LED_RED)
+OUTPUTS = [MIDI_OUT_1, MIDI_OUT_2]
+COLOURS = [LED_GREEN, LED_RED]
 
 active = 0
 played_on = {}
+sustained = set()
 
 
-def change_over(channel_bits):
+def change_over():
     global active
-    lift = midi_msg_make_cc(channel_bits + 1, SUSTAIN, 0)
-    midi_send(OUTPUTS[active], lift)
+    # The foot switch may have another channel than the pedal
+    for channel in sorted(sustained):
+        midi_send(OUTPUTS[active], midi_msg_make_cc(channel, SUSTAIN, 0))
+    sustained.clear()
     active = 1 - active
     set_led(COLOURS[active])
+
+
+def note_sustain(channel, value):
+    if value >= 64:
+        sustained.add(channel)
+    else:
+        sustained.discard(channel)
 
 
 def route_note(msg):
@@ -47,10 +57,12 @@ def on_midi(port, msg):
             midi_send(output, msg)
     elif kind == 0xB0 and msg[1] == SWITCH_CONTROLLER:
         if msg[2] >= 64:
-            change_over(msg[0] & 0x0F)
+            change_over()
     elif kind in (0x80, 0x90):
         route_note(msg)
     else:
+        if kind == 0xB0 and msg[1] == SUSTAIN:
+            note_sustain((msg[0] & 0x0F) + 1, msg[2])
         midi_send(OUTPUTS[active], msg)
 
 

@@ -15,7 +15,8 @@ STEPS_PER_BEAT = 4
 GATE_PERCENT = 50
 
 STEP = 60000 // (TEMPO * STEPS_PER_BEAT)
-GATE = STEP * GATE_PERCENT // 100
+# A gate of no length would never end a note
+GATE = max(1, STEP * GATE_PERCENT // 100)
 
 held = []
 velocity = 100

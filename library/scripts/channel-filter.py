@@ -8,7 +8,7 @@
 
 from ostrel import *
 
-CHANNELS = (1, 2)
+CHANNELS = [1, 2]
 
 
 def on_midi(port, msg):

@@ -12,8 +12,8 @@ from ostrel import *
 SPLIT_NOTE = 60
 
 # Output, channel, transposition in semitones
-LOWER = (MIDI_OUT_1, 2, -12)
-UPPER = (MIDI_OUT_2, 1, 0)
+LOWER = [MIDI_OUT_1, 2, -12]
+UPPER = [MIDI_OUT_2, 1, 0]
 
 
 def has_note(msg):

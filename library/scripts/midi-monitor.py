@@ -10,7 +10,7 @@
 from ostrel import *
 
 INPUTS = {MIDI_IN_1: 1, MIDI_IN_2: 2, MIDI_IN_3: 3}
-NOT_PRINTED = (0xF8, 0xFE)
+NOT_PRINTED = [0xF8, 0xFE]
 
 CHANNEL_KINDS = {
     0x80: 'note off',

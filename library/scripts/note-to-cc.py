@@ -3,8 +3,8 @@
 # by the Ostrel Editor authors
 #
 # Makes switches out of drum pads or keys: each note listed below turns
-# its controller on (127) at one hit and off (0) at the next. Other
-# messages pass unchanged from input 1 to output 1.
+# its controller on (127) at one hit and off (0) at the next, on each
+# channel by itself. Other messages pass unchanged from input 1 to output 1.
 #
 
 from ostrel import *
@@ -20,11 +20,12 @@ switched_on = set()
 
 
 def toggle(note, channel):
-    if note in switched_on:
-        switched_on.remove(note)
+    key = (note, channel)
+    if key in switched_on:
+        switched_on.remove(key)
         value = MIDI_MIN_VAL
     else:
-        switched_on.add(note)
+        switched_on.add(key)
         value = MIDI_MAX_VAL
     midi_send(MIDI_OUT_1, midi_msg_make_cc(channel, CONTROLLERS[note], value))
     blink_led()

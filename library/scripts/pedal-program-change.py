@@ -11,7 +11,7 @@
 from ostrel import *
 
 CHANNEL = 1
-PROGRAMS = (1, 5, 12, 33)
+PROGRAMS = [1, 5, 12, 33]
 
 # Apart from each other, so that a half-pressed pedal does not step twice
 RANGE = EXPPEDAL_MAX - EXPPEDAL_MIN

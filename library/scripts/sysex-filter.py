@@ -9,7 +9,7 @@
 
 from ostrel import *
 
-BLOCKED = (0xF0, 0xFE)
+BLOCKED = [0xF0, 0xFE]
 ROUTES = {
     MIDI_IN_1: MIDI_OUT_1,
     MIDI_IN_2: MIDI_OUT_2,

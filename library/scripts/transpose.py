@@ -11,7 +11,7 @@
 from ostrel import *
 
 SEMITONES = -2
-UNCHANGED_CHANNELS = (10,)
+UNCHANGED_CHANNELS = [10]
 
 
 def on_midi(port, msg):

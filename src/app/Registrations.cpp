@@ -11,6 +11,7 @@ using namespace Qt::StringLiterals;
 // Generated with the modules of these names. They are called here because a module in a static
 // library is otherwise dropped by the linker, and because the order is then ours.
 void qml_register_types_ConnectedDevices();
+void qml_register_types_Editing();
 void qml_register_types_MIDI();
 void qml_register_types_Scripts();
 void qml_register_types_OSTSyntaxHighlighter();
@@ -26,6 +27,7 @@ constexpr int ExitNoWindow = -1;
 void registerUserInterface(QQmlApplicationEngine &engine, NativeObjects &objects)
 {
     qml_register_types_ConnectedDevices();
+    qml_register_types_Editing();
     qml_register_types_MIDI();
     qml_register_types_Scripts();
     qml_register_types_OSTSyntaxHighlighter();

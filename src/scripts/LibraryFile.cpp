@@ -1,5 +1,6 @@
 #include "scripts/LibraryFile.h"
 
+#include "scripts/ForeignState.h"
 #include "scripts/ReplaceFile.h"
 #include "scripts/SaveLock.h"
 
@@ -8,6 +9,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
+#include <QRegularExpression>
 
 #include <utility>
 
@@ -48,6 +50,7 @@ void LibraryFile::loaded(const QByteArray &bytes, quint64 revision)
     const QMutexLocker locker(&m_mutex);
     remember(bytes);
     m_safeRevision = revision;
+    m_current = true;
     m_exact = false;
 }
 
@@ -55,13 +58,43 @@ void LibraryFile::replacedByDefaults(quint64 revision)
 {
     const QMutexLocker locker(&m_mutex);
     m_safeRevision = revision;
+    m_current = false;
     m_exact = false;
     if (!QFileInfo::exists(m_path))
         return;
     const SaveLock lock(m_path);
     const std::optional<QByteArray> damaged = read();
-    if (damaged && !scripts::readLibrary(*damaged).scripts && keepBeside(*damaged))
+    if (damaged && !scripts::readLibrary(*damaged).scripts && !keepBeside(*damaged).isEmpty())
         remember(*damaged);
+}
+
+void LibraryFile::removeLeftovers() const
+{
+    const QFileInfo file(m_path);
+    const SaveLock lock(m_path);
+    // Without the lock, one of them may belong to an editor that is saving now.
+    if (!lock.isHeld())
+        return;
+    // Of the library and of the copies beside it. QSaveFile adds six random letters to the name; a
+    // suffix that somebody chose, such as "backup", has no capitals within.
+    static const QRegularExpression random(
+        QStringLiteral(R"(\.(?=.*[a-z])(?=.+[A-Z])[A-Za-z]{6}$)"));
+    const QString pattern = QStringLiteral("%1*.%2.??????");
+    const QDir folder(file.path());
+    const QStringList names =
+        folder.entryList({pattern.arg(file.completeBaseName(), file.suffix())}, QDir::Files);
+    for (const QString &name : names.filter(random))
+        QFile::remove(folder.filePath(name));
+}
+
+bool LibraryFile::saveChanges(const QList<scripts::Script> &list, quint64 revision)
+{
+    {
+        const QMutexLocker locker(&m_mutex);
+        if (m_current && revision == m_safeRevision && isUntouched())
+            return true;
+    }
+    return save(list, revision);
 }
 
 bool LibraryFile::save(const QList<scripts::Script> &list, quint64 revision)
@@ -69,12 +102,19 @@ bool LibraryFile::save(const QList<scripts::Script> &list, quint64 revision)
     const QMutexLocker locker(&m_mutex);
     if (revision < m_safeRevision)
         return true;
-    if (m_exact && revision == m_safeRevision && QFileInfo::exists(m_path) && stamp() == m_stamp)
+    if (m_exact && revision == m_safeRevision && isUntouched())
         return true;
-    return saveBytes(scripts::writeLibrary(list), revision);
+    return save(scripts::writeLibrary(list), list, revision);
 }
 
-bool LibraryFile::saveBytes(const QByteArray &bytes, quint64 revision)
+/// Since it was last read or written here, as far as its size and time tell.
+bool LibraryFile::isUntouched() const
+{
+    return QFileInfo::exists(m_path) && stamp() == m_stamp;
+}
+
+bool LibraryFile::save(const QByteArray &bytes, const QList<scripts::Script> &list,
+                       quint64 revision)
 {
     // The folder may have gone since the start.
     QDir().mkpath(QFileInfo(m_path).path());
@@ -84,7 +124,7 @@ bool LibraryFile::saveBytes(const QByteArray &bytes, quint64 revision)
         const bool nothingToSave = revision == m_safeRevision;
         if (nothingToSave && scripts::readLibrary(*present).scripts)
             return true;
-        if (!keepBeside(*present))
+        if (!keepForeign(*present, list))
             return false;
     }
     if (!present && QFileInfo(m_path).isFile() && !moveAside())
@@ -93,21 +133,44 @@ bool LibraryFile::saveBytes(const QByteArray &bytes, quint64 revision)
         return false;
     remember(bytes);
     m_safeRevision = revision;
+    m_current = true;
     m_exact = true;
     return true;
 }
 
-bool LibraryFile::keepBeside(const QByteArray &bytes) const
+bool LibraryFile::keepForeign(const QByteArray &bytes, const QList<scripts::Script> &own)
+{
+    const std::optional<QList<scripts::Script>> foreign = scripts::readLibrary(bytes).scripts;
+    if (foreign && isNewestCopyReplaceable(*foreign, own)) {
+        m_newestCopy.list = *foreign;
+        return scripts::replaceFile(m_newestCopy.path, bytes);
+    }
+    const QString path = keepBeside(bytes);
+    if (foreign)
+        m_newestCopy = {path, *foreign};
+    return !path.isEmpty();
+}
+
+bool LibraryFile::isNewestCopyReplaceable(const QList<scripts::Script> &foreign,
+                                          const QList<scripts::Script> &own) const
+{
+    const std::optional<QByteArray> copy = contentOf(m_newestCopy.path);
+    // Somebody may have edited it.
+    return copy && scripts::readLibrary(*copy).scripts == m_newestCopy.list &&
+           scripts::continues(m_newestCopy.list, foreign, own);
+}
+
+QString LibraryFile::keepBeside(const QByteArray &bytes) const
 {
     const QLatin1String kind = scripts::readLibrary(bytes).scripts ? Conflict : Damaged;
     for (int number = 1;; ++number) {
-        const QString name = nameBeside(kind, number);
+        QString name = nameBeside(kind, number);
         if (!QFileInfo::exists(name)) {
             qWarning().noquote() << "Keeping the file of another program as" << name;
-            return scripts::replaceFile(name, bytes);
+            return scripts::replaceFile(name, bytes) ? name : QString();
         }
         if (QFileInfo(name).size() == bytes.size() && contentOf(name) == bytes)
-            return true;
+            return name;
     }
 }
 

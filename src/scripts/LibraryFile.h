@@ -8,7 +8,8 @@
 /// The library on the disk, and what is known of it. Other programs, a second editor among them,
 /// may replace the file at any time: nothing that this object has neither read nor written is ever
 /// overwritten, it is first kept beside the file under a free name, `NAME.conflict-1.json`, or
-/// `NAME.damaged-1.json` if it is no library. For any thread; a second call waits for the first.
+/// `NAME.damaged-1.json` if it is no library. Of what another editor saves again and again, while
+/// both run, the last state alone is kept. For any thread; a second call waits for the first.
 ///
 /// A revision numbers the states of the caller's list; it only ever grows.
 class LibraryFile
@@ -28,6 +29,12 @@ public:
     /// therefore damaged: keeps a copy.
     void replacedByDefaults(quint64 revision);
 
+    /// Removes the temporary files that editors left here which were killed while they saved.
+    void removeLeftovers() const;
+
+    /// As save, but a library that was read and not edited stays as it is, in whatever form.
+    [[nodiscard]] bool saveChanges(const QList<scripts::Script> &list, quint64 revision);
+
     /// Puts the list at `revision` in the place of the file. Does nothing where the file holds it
     /// already or a newer revision was saved, nor where the list has nothing to save and another
     /// program has put a library there meanwhile. False when the disk refused; then the file is as
@@ -44,8 +51,21 @@ private:
         bool operator==(const Stamp &) const = default;
     };
 
-    [[nodiscard]] bool saveBytes(const QByteArray &bytes, quint64 revision);
-    [[nodiscard]] bool keepBeside(const QByteArray &bytes) const;
+    [[nodiscard]] bool isUntouched() const;
+    /// A copy of a foreign library that was made here.
+    struct Copy
+    {
+        QString path;
+        QList<scripts::Script> list;
+    };
+
+    [[nodiscard]] bool save(const QByteArray &bytes, const QList<scripts::Script> &list,
+                            quint64 revision);
+    [[nodiscard]] bool keepForeign(const QByteArray &bytes, const QList<scripts::Script> &own);
+    [[nodiscard]] bool isNewestCopyReplaceable(const QList<scripts::Script> &foreign,
+                                               const QList<scripts::Script> &own) const;
+    /// The name that the copy got; empty when the disk refused.
+    [[nodiscard]] QString keepBeside(const QByteArray &bytes) const;
     [[nodiscard]] bool moveAside() const;
     [[nodiscard]] QString nameBeside(QLatin1String kind, int number) const;
     [[nodiscard]] Stamp stamp() const;
@@ -56,8 +76,10 @@ private:
     /// Of the content that this object last read or wrote; 0 for none.
     size_t m_digest = 0;
     Stamp m_stamp;
+    Copy m_newestCopy;
     /// The newest revision that holds nothing of its own: it was loaded, or saved.
     quint64 m_safeRevision = 0;
-    /// Whether the file holds that revision to the letter.
+    /// Whether the file holds that revision, and whether it does so to the letter.
+    bool m_current = false;
     bool m_exact = false;
 };

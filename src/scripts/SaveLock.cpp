@@ -29,7 +29,8 @@ SaveLock::SaveLock(const QString &path)
     constexpr std::chrono::milliseconds Interval{5};
     for (auto left = Patience; m_folder >= 0 && left > std::chrono::milliseconds::zero();
          left -= Interval) {
-        if (flock(m_folder, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK)
+        m_held = flock(m_folder, LOCK_EX | LOCK_NB) == 0;
+        if (m_held || errno != EWOULDBLOCK)
             return;
         std::this_thread::sleep_for(Interval);
     }
@@ -39,6 +40,11 @@ SaveLock::~SaveLock()
 {
     if (m_folder >= 0)
         close(m_folder);
+}
+
+bool SaveLock::isHeld() const
+{
+    return m_held;
 }
 
 #else
@@ -52,5 +58,10 @@ SaveLock::SaveLock(const QString &path)
 }
 
 SaveLock::~SaveLock() = default;
+
+bool SaveLock::isHeld() const
+{
+    return m_lock.isLocked();
+}
 
 #endif

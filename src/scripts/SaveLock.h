@@ -19,10 +19,13 @@ public:
     ~SaveLock();
     Q_DISABLE_COPY_MOVE(SaveLock)
 
+    [[nodiscard]] bool isHeld() const;
+
 private:
 #ifdef Q_OS_UNIX
     /// The folder, which can be locked without leaving a file behind; -1 if it cannot be opened.
     int m_folder;
+    bool m_held = false;
 #else
     QLockFile m_lock;
 #endif

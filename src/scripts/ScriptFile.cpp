@@ -10,15 +10,6 @@
 namespace
 {
 
-/// No longer file can hold a script that fits: a character takes three bytes at most for each unit
-/// of its length, and there may be a byte order mark.
-constexpr qint64 MaxBytes = 3 * ScriptFile::MaxLength + 3;
-
-bool hasScriptLength(const QString &text)
-{
-    return text.size() <= ScriptFile::MaxLength;
-}
-
 /// Empty for what is not on this machine.
 QString localPath(const QUrl &file)
 {
@@ -55,21 +46,16 @@ bool ScriptFile::read(const QUrl &file)
         set({}, {}, errorText);
         return false;
     };
-    const QString tooLong = tr("\"%1\" is longer than fits the box (%2 characters).")
-                                .arg(info.fileName(), QString::number(MaxLength));
-
     QFile device(path);
     if (!info.isFile() || !device.open(QIODevice::ReadOnly))
         return refuse(tr("\"%1\" cannot be opened.").arg(info.fileName()));
     const QByteArray bytes = device.read(MaxBytes + 1);
+    if (bytes.size() > MaxBytes)
+        return refuse(tr("\"%1\" is too large for a script.").arg(info.fileName()));
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString text = withPlainLineEnds(decoder(bytes));
-    if (bytes.size() > MaxBytes)
-        return refuse(tooLong);
     if (decoder.hasError() || text.contains(QChar::Null))
         return refuse(tr("\"%1\" is not a text file in UTF-8.").arg(info.fileName()));
-    if (!hasScriptLength(text))
-        return refuse(tooLong);
     set(info.completeBaseName(), text, {});
     return true;
 }

@@ -16,8 +16,8 @@ class ScriptFile : public QObject
     Q_PROPERTY(QString errorText READ errorText NOTIFY changed FINAL)
 
 public:
-    /// What fits the box, in characters.
-    static constexpr qsizetype MaxLength = 6900;
+    /// No script has more bytes. A longer file is something else and would only hold up the window.
+    static constexpr qint64 MaxBytes = 256LL * 1024;
 
     explicit ScriptFile(QObject *parent = nullptr);
 
@@ -25,8 +25,8 @@ public:
     [[nodiscard]] QString text() const { return m_text; }
     [[nodiscard]] QString errorText() const { return m_errorText; }
 
-    /// Reads a script into `name` and `text`. A file that is not text, or longer than fits the box,
-    /// is refused: then both are empty and the result is false.
+    /// Reads a script into `name` and `text`, also one that is too long for the box. A file that is
+    /// not text or far too long is refused: then both are empty and the result is false.
     Q_INVOKABLE bool read(const QUrl &file);
 
     /// The file name to propose for a script: its name without what not every file system takes.

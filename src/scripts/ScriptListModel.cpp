@@ -12,10 +12,14 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace
 {
+
+/// A property of the replies that nobody waits for any more.
+constexpr char Dropped[] = "dropped";
 
 QString defaultFileName()
 {
@@ -52,8 +56,9 @@ ScriptListModel::ScriptListModel(QObject *parent)
     m_deadline.setInterval(MaxUnsavedTime);
     // Before ports and windows are taken down, which a broken service may hold up.
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
-            [this] { saveIfNamed(); });
+            &ScriptListModel::saveNow);
 
+    m_file->removeLeftovers();
     if (loadFromFile(m_scriptFileName))
         return;
     loadFromData(builtInLibrary());
@@ -63,7 +68,7 @@ ScriptListModel::ScriptListModel(QObject *parent)
 ScriptListModel::~ScriptListModel()
 {
     m_saver.clear();
-    saveIfNamed();
+    saveNow();
     m_saver.waitForDone();
 }
 
@@ -116,30 +121,48 @@ QHash<int, QByteArray> ScriptListModel::roleNames() const
 void ScriptListModel::onNetworkReply(QNetworkReply *reply)
 {
     reply->deleteLater();
+    if (reply->property(Dropped).toBool())
+        return;
+    const bool isLatest = reply == m_download;
+    const QString failure = takeDownload(reply);
+    if (!isLatest)
+        return;
+    m_download.clear();
+    if (failure.isEmpty())
+        emit downloaded();
+    else
+        emit downloadFailed(failure);
+}
+
+QString ScriptListModel::takeDownload(QNetworkReply *reply)
+{
     if (reply->error() != QNetworkReply::NoError) {
         qWarning().noquote() << "Network error:" << reply->errorString();
-        return;
+        return reply->errorString();
     }
     const QByteArray data = reply->readAll();
     if (data.isEmpty())
-        return;
+        return tr("The answer is empty.");
     scripts::LibraryReading reading = scripts::readLibrary(data);
     if (!reading.scripts) {
         qWarning("Invalid JSON data received from URL.\n");
         qWarning("%s\n", qUtf8Printable(reading.error.errorString()));
         qWarning("%d pos %d\n", static_cast<int>(reading.error.error), reading.error.offset);
-        return;
+        return tr("The answer is no library of scripts.");
     }
     beginResetModel();
     m_scripts = std::move(*reading.scripts);
+    numberScripts();
     ++m_revision;
     endResetModel();
+    return {};
 }
 
 void ScriptListModel::clear()
 {
     beginResetModel();
     m_scripts.clear();
+    m_ids.clear();
     ++m_revision;
     endResetModel();
 }
@@ -149,9 +172,10 @@ void ScriptListModel::addScript(const QString &scriptName, const QString &script
     const int row = rowCount();
     beginInsertRows({}, row, row);
     m_scripts.append({scriptName, scriptText});
+    m_ids.append(++m_lastId);
     ++m_revision;
     endInsertRows();
-    saveIfNamed();
+    saveNow();
 }
 
 int ScriptListModel::findScriptByName(const QString &scriptName)
@@ -191,10 +215,15 @@ void ScriptListModel::sortScripts()
     const std::vector<int> order = exchangeSorted(names);
     if (!std::is_sorted(order.begin(), order.end())) {
         QList<Script> sorted;
+        QList<int> sortedIds;
         sorted.reserve(m_scripts.size());
-        for (const int position : order)
+        sortedIds.reserve(m_ids.size());
+        for (const int position : order) {
             sorted.append(m_scripts.at(position));
+            sortedIds.append(m_ids.at(position));
+        }
         m_scripts = std::move(sorted);
+        m_ids = std::move(sortedIds);
         edited();
     }
     endResetModel();
@@ -206,9 +235,10 @@ void ScriptListModel::removeScript(int index)
         return;
     beginRemoveRows({}, index, index);
     m_scripts.removeAt(index);
+    m_ids.removeAt(index);
     ++m_revision;
     endRemoveRows();
-    saveIfNamed();
+    saveNow();
 }
 
 QString ScriptListModel::scriptNameAt(int index)
@@ -219,6 +249,28 @@ QString ScriptListModel::scriptNameAt(int index)
 QString ScriptListModel::scriptTextAt(int index)
 {
     return isRow(index) ? m_scripts.at(index).text : QString();
+}
+
+void ScriptListModel::moveScript(int from, int to)
+{
+    if (!isRow(from) || !isRow(to) || from == to)
+        return;
+    // Views count the place in front of which the row comes to stand.
+    beginMoveRows({}, from, from, {}, to > from ? to + 1 : to);
+    m_scripts.move(from, to);
+    m_ids.move(from, to);
+    edited();
+    endMoveRows();
+}
+
+int ScriptListModel::scriptIdAt(int index) const
+{
+    return isRow(index) ? m_ids.at(index) : 0;
+}
+
+int ScriptListModel::findScriptById(int scriptId) const
+{
+    return static_cast<int>(m_ids.indexOf(scriptId));
 }
 
 bool ScriptListModel::loadFromFile()
@@ -248,6 +300,7 @@ bool ScriptListModel::loadFromData(const QByteArray &data)
         return false;
     }
     m_scripts = std::move(*reading.scripts);
+    numberScripts();
     ++m_revision;
     refresh();
     return true;
@@ -260,9 +313,11 @@ bool ScriptListModel::saveToFile() const
 
 bool ScriptListModel::saveToFile(const QString &fileName) const
 {
-    const bool saved = fileName == m_scriptFileName
-                           ? m_file->save(m_scripts, m_revision)
-                           : scripts::replaceFile(fileName, scripts::writeLibrary(m_scripts));
+    const bool isLibrary = fileName == m_scriptFileName;
+    const bool saved = isLibrary ? m_file->save(m_scripts, m_revision)
+                                 : scripts::replaceFile(fileName, scripts::writeLibrary(m_scripts));
+    if (isLibrary)
+        noteSaving(++m_attempts, saved);
     if (!saved)
         warnNotWritten(fileName);
     return saved;
@@ -276,12 +331,21 @@ void ScriptListModel::saveInBackground()
         return;
     // What still waits there holds an older state of the list.
     m_saver.clear();
-    m_saver.start([this, file = m_file, list = m_scripts, revision = m_revision] {
-        if (file->save(list, revision))
-            return;
-        warnNotWritten(file->path());
-        QMetaObject::invokeMethod(&m_deadline, "start", Qt::QueuedConnection);
-    });
+    m_saver.start(
+        [this, file = m_file, list = m_scripts, revision = m_revision, attempt = ++m_attempts] {
+            const bool saved = file->saveChanges(list, revision);
+            if (!saved)
+                warnNotWritten(file->path());
+            QMetaObject::invokeMethod(this, "endBackgroundSave", Qt::QueuedConnection,
+                                      Q_ARG(quint64, attempt), Q_ARG(bool, saved));
+        });
+}
+
+void ScriptListModel::endBackgroundSave(quint64 attempt, bool saved)
+{
+    noteSaving(attempt, saved);
+    if (!saved)
+        m_deadline.start();
 }
 
 void ScriptListModel::loadFromUrl(const QString &url)
@@ -291,9 +355,20 @@ void ScriptListModel::loadFromUrl(const QString &url)
         if (reply->bytesAvailable() > MaxDownloadSize)
             reply->abort();
     });
+    m_download = reply;
     // One more connection each time: the deliveries beyond the first find the data consumed.
     connect(&m_networkManager, &QNetworkAccessManager::finished, this,
             &ScriptListModel::onNetworkReply);
+}
+
+void ScriptListModel::cancelDownload()
+{
+    QNetworkReply *const reply = std::exchange(m_download, nullptr);
+    if (!reply)
+        return;
+    // The manager hands it over all the same, as one that failed.
+    reply->setProperty(Dropped, true);
+    reply->abort();
 }
 
 bool ScriptListModel::isRow(int index) const
@@ -309,10 +384,38 @@ void ScriptListModel::refresh()
     emit dataChanged(index(0, 0), index(lastRow, 1), {ScriptNameRole, ScriptTextRole});
 }
 
-void ScriptListModel::saveIfNamed() const
+void ScriptListModel::saveNow()
 {
-    if (!m_scriptFileName.isEmpty())
-        static_cast<void>(saveToFile(m_scriptFileName));
+    if (m_scriptFileName.isEmpty())
+        return;
+    const bool saved = m_file->saveChanges(m_scripts, m_revision);
+    noteSaving(++m_attempts, saved);
+    if (saved)
+        return;
+    warnNotWritten(m_scriptFileName);
+    m_deadline.start();
+}
+
+void ScriptListModel::noteSaving(quint64 attempt, bool saved) const
+{
+    // What was saved in the background may be told after a later save at once.
+    if (attempt < m_notedAttempt)
+        return;
+    m_notedAttempt = attempt;
+    if (saved != m_savingFails)
+        return;
+    m_savingFails = !saved;
+    if (saved)
+        emit savingWorksAgain();
+    else
+        emit savingFailed(QFileInfo(m_scriptFileName).path());
+}
+
+void ScriptListModel::numberScripts()
+{
+    m_ids.clear();
+    for (qsizetype row = 0; row < m_scripts.size(); ++row)
+        m_ids.append(++m_lastId);
 }
 
 void ScriptListModel::edited()

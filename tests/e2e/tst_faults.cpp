@@ -160,7 +160,11 @@ private slots:
                            QDirIterator::Subdirectories);
         while (files.hasNext())
             written << files.next();
-        QCOMPARE(written.join('\n'), editor.libraryPath());
+        QStringList expected{editor.homePath("config/ZEVMusicTechnology/Ostrel Editor/window.json"),
+                             editor.libraryPath()};
+        written.sort();
+        expected.sort();
+        QCOMPARE(written, expected);
     }
 };
 

@@ -23,6 +23,8 @@ test('every script has the form that the editor and the box need', () => {
         assert.match(text, /^[\n\x20-\x7e]+$/, `${name}: printable ASCII without tabs`);
         assert.ok(text.length <= maxScriptLength, `${name}: too long for the box`);
         const title = name.replaceAll('-', ' ').toUpperCase();
+        // A tuple that a user shortens to one element is none any more.
+        assert.doesNotMatch(text, /^([A-Z_]+ =|    \w+:) \(/m, `${name}: a setting is a tuple`);
         assert.equal(header.exec(text)?.[1], title, `${name}: header`);
     }
 });

@@ -23,6 +23,10 @@ export const transcripts = [
         pedal 40 -> OUT_1 BF 0B 64, blink
         pedal 2040 -> OUT_1 BF 0B 3C, blink
         pedal 4040 -> OUT_1 BF 0B 14, blink`],
+    ['expression-x1', { MINIMUM: 127, MAXIMUM: 0 }, `
+        pedal 41 -> OUT_1 B0 07 7F, blink
+        pedal 4039 -> OUT_1 B0 07 01, blink
+        pedal 4040 -> OUT_1 B0 07 00, blink`],
     ['expression-x1', { MINIMUM: -5, MAXIMUM: 300 }, `
         pedal 40 -> OUT_1 B0 07 00, blink
         pedal 4040 -> OUT_1 B0 07 7F, blink`],
@@ -43,7 +47,11 @@ export const transcripts = [
     ['ab-switch', {}, `
         start -> LED green
         IN_1 90 3C 40 -> OUT_1 =
-        IN_1 B2 50 40 -> OUT_1 B2 40 00, LED red
+        IN_1 B0 40 7F -> OUT_1 =
+        IN_1 B3 40 40 -> OUT_1 =
+        IN_1 B1 40 7F -> OUT_1 =
+        IN_1 B1 40 3F -> OUT_1 =
+        IN_1 B2 50 40 -> OUT_1 B0 40 00, OUT_1 B3 40 00, LED red
         IN_1 B2 50 3F ->
         IN_1 B2 07 7F -> OUT_2 =
         IN_1 90 40 40 -> OUT_2 =
@@ -52,7 +60,7 @@ export const transcripts = [
         IN_1 E0 00 40 -> OUT_2 =
         IN_1 F8 -> OUT_1 =, OUT_2 =
         IN_2 90 3C 40 ->
-        IN_1 B0 50 7F -> OUT_2 B0 40 00, LED green`],
+        IN_1 B0 50 7F -> LED green`],
     ['arpeggiator', {}, `
         IN_1 B0 01 05 -> OUT_1 =
         IN_1 90 40 50 ->
@@ -65,6 +73,9 @@ export const transcripts = [
         ticks 500 -> @62 OUT_1 80 3C 40
         IN_1 90 43 30 ->
         ticks 1 -> @1 OUT_1 90 43 30, @1 blink`],
+    ['arpeggiator', { GATE_PERCENT: 0 }, `
+        IN_1 90 40 50 ->
+        ticks 124 -> @1 OUT_1 90 40 50, @1 blink, @2 OUT_1 80 40 40`],
     ['cc-remap', {}, `
         IN_1 B3 01 22 -> OUT_1 B3 0B 22, blink
         IN_1 B3 03 22 -> OUT_1 =, blink
@@ -106,6 +117,7 @@ export const transcripts = [
         IN_1 80 24 40 ->
         IN_1 99 25 40 -> OUT_1 B9 51 7F, blink
         IN_1 99 24 00 ->
+        IN_1 98 24 40 -> OUT_1 B8 50 7F, blink
         IN_1 99 24 40 -> OUT_1 B9 50 00, blink
         IN_1 99 30 40 -> OUT_1 =
         IN_1 B0 24 40 -> OUT_1 =
@@ -120,7 +132,7 @@ export const transcripts = [
         pedal 3040 -> LED off
         pedal 4040 -> LED red, ${panic}
         IN_3 90 3C 40 ->`],
-    ['pedal-program-change', { PROGRAMS: '(1, 128, 3)' }, `
+    ['pedal-program-change', { PROGRAMS: '[1, 128, 3]' }, `
         pedal 3039 ->
         pedal 3040 -> OUT_1 C0 00, blink
         pedal 2000 ->
@@ -172,4 +184,9 @@ export const transcripts = [
         IN_1 90 3C 00 -> OUT_1 =, blink
         IN_1 80 3C 20 -> OUT_1 =, blink
         IN_2 90 3C 40 ->`],
+    ['velocity-curve', { POINTS: '[(20, 30), (64, 90), (64, 140), (100, 200)]' }, `
+        IN_1 90 3C 01 -> OUT_1 90 3C 1E, blink
+        IN_1 90 3C 40 -> OUT_1 90 3C 5A, blink
+        IN_1 90 3C 41 -> OUT_1 90 3C 7F, blink
+        IN_1 90 3C 7F -> OUT_1 =, blink`],
 ];

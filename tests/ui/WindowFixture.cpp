@@ -73,8 +73,10 @@ QQuickItem *findBelow(QQuickItem *item, const std::function<bool(QQuickItem *)> 
 
 } // namespace
 
-WindowFixture::WindowFixture(const std::optional<Library> &library)
+WindowFixture::WindowFixture(const std::optional<Library> &library, const QString &memory)
 {
+    const QString config = memory.isEmpty() ? m_home.folder() + QStringLiteral("/config") : memory;
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(config));
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope,
                        m_home.folder() + QStringLiteral("/settings"));
     if (library)
@@ -248,12 +250,12 @@ void WindowFixture::press(Qt::Key key, Qt::KeyboardModifiers modifiers) const
     QTest::keyClick(activeFront(), key, modifiers);
 }
 
-void WindowFixture::hold(Qt::Key key) const
+void WindowFixture::hold(Qt::Key key, Qt::KeyboardModifiers modifiers) const
 {
     const auto send = [&](QEvent::Type type, bool repeated) {
         const QString text = key == Qt::Key_Space ? " " : "\r";
-        QKeyEvent event(type, key, Qt::NoModifier, text, repeated);
-        QCoreApplication::sendEvent(activeFront(), &event);
+        qt_handleKeyEvent(activeFront(), type, key, modifiers, modifiers ? QString() : text,
+                          repeated);
     };
     send(QEvent::KeyPress, false);
     for (int i = 0; i < 6; ++i) {

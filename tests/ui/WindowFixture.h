@@ -26,7 +26,8 @@ public:
     static constexpr int TimeoutMs = 20000;
 
     /// Shows the window once `library` is in its file; without one it is a first start.
-    explicit WindowFixture(const std::optional<Library> &library = {});
+    /// What it remembers is in `memory`, or in its own folder, where there is nothing yet.
+    explicit WindowFixture(const std::optional<Library> &library = {}, const QString &memory = {});
     ~WindowFixture();
     Q_DISABLE_COPY_MOVE(WindowFixture)
 
@@ -73,7 +74,7 @@ public:
     void hover(const QString &objectName) const;
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const;
     /// Keeps it pressed until it has been repeated a few times.
-    void hold(Qt::Key key) const;
+    void hold(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const;
     void pressCtrl(Qt::Key key) const { press(key, Qt::ControlModifier); }
     /// Goes on with Tab until the focus is where it was, and returns what had it on the way. The
     /// script editor, where Tab inserts blanks, is helped on.

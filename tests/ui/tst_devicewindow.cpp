@@ -161,7 +161,14 @@ private slots:
         QTRY_COMPARE(ui.text("messageTextArea"),
                      "Sending...\nSend complete!\nScript received: 18 bytes\nRunning...\n"
                      "<b>hi</b>\n");
+        QCOMPARE(ui.text("stateLine"), "18 of 6900, in the device");
+        QVERIFY(ui.item("heldMark"));
         ui.takePicture("main-connected");
+        ui.type("#");
+        QCOMPARE(ui.text("stateLine"), "19 of 6900, changed since sent");
+        ui.press(Qt::Key_Backspace);
+        ui.click(ui.itemSaying("other"));
+        QCOMPARE(ui.text("stateLine"), "0 of 6900, not in the device");
         ui.box.send("print a <i>second</i> line");
         QVERIFY(logEndsWith(ui, "a <i>second</i> line\n"));
         ui.click("clearIcon");

@@ -1,6 +1,8 @@
 #include "support/Rows.h"
 #include "ui/WindowFixture.h"
 
+#include <QScreen>
+
 using namespace testsupport;
 
 namespace
@@ -28,7 +30,8 @@ private slots:
     {
         const WindowFixture ui;
         QCOMPARE(ui.window()->title(), "Ostrel Script Editor v1.1.1");
-        QCOMPARE(ui.window()->size(), QSize(1024, 768));
+        const QSize screen = ui.window()->screen()->availableSize();
+        QCOMPARE(ui.window()->size(), QSize(1024, 768).boundedTo(screen));
         QCOMPARE(ui.rows("scriptListView"),
                  QStringList({"Expression x1", "Flasher", "Merge and Thru", "MIDI Cable Tester",
                               "Thru x2"}));
@@ -48,6 +51,39 @@ private slots:
         QCOMPARE(ui.text("scriptTextArea"), "from ostrel import *\n\n");
         QCOMPARE(ui.savedLibrary().last(),
                  (scripts::Script{"NEW SCRIPT", "from ostrel import *\n\n"}));
+    }
+
+    void namesTheNewScript()
+    {
+        const WindowFixture ui(threeScripts());
+        ui.click("plusIcon");
+        ui.type("Looper"); // replaces the name
+        ui.press(Qt::Key_Return);
+        ui.type("x = 1");
+        QCOMPARE(ui.text("scriptTextArea"), "from ostrel import *\n\nx = 1");
+        QTRY_COMPARE(ui.savedNames().last(), "Looper");
+    }
+
+    void showsLongNamesAndLists()
+    {
+        WindowFixture::Library library(40, {"x", ""});
+        const QString name = "A name that is much wider than the column of the list is anywhere";
+        library.first().name = name;
+        const WindowFixture ui(library);
+        const QQuickItem *const shown = ui.itemSaying(name);
+        QVERIFY(shown->property("truncated").toBool());
+        QTest::mouseMove(ui.window(), QPoint(100, 112));
+        QTest::mouseMove(ui.window(), QPoint(101, 112));
+        QTRY_VERIFY(!ui.itemSaying(name)->property("truncated").toBool()); // the tooltip
+        ui.takePicture("long-names");
+
+        // All of a row reacts, up to the scroll bar that is seen.
+        const QQuickItem *const list = ui.item("scriptListView");
+        const QQuickItem *const row = shown->parentItem();
+        QVERIFY(row->width() < list->width());
+        const QPointF edge = row->mapToScene({row->width() - 2, 2.5 * row->height()});
+        QTest::mouseClick(ui.window(), Qt::LeftButton, {}, edge.toPoint());
+        QCOMPARE(ui.value("scriptListView", "currentIndex").toInt(), 2);
     }
 
     void deletesAfterAQuestion()
@@ -73,6 +109,11 @@ private slots:
             QVERIFY(ui.closes("okCancelDialog"));
             QCOMPARE(ui.rows("scriptListView").size(), 3);
         }
+
+        // Without a device this key sends nothing, and it is no press of the icon either.
+        ui.item("minusIconButton")->forceActiveFocus(Qt::TabFocusReason);
+        ui.pressCtrl(Qt::Key_Return);
+        QVERIFY(!ui.isOpen("okCancelDialog"));
 
         ui.click("minusIcon");
         QTRY_VERIFY(ui.isOpen("okCancelDialog"));
@@ -150,9 +191,34 @@ private slots:
         ui.press(Qt::Key_F2);
         ui.type("Tape");
         ui.press(Qt::Key_Escape);
-        QCOMPARE(ui.focusedName(), "Tape");
+        QCOMPARE(ui.focusedName(), "Alpha");
         ui.press(Qt::Key_End);
-        QTRY_COMPARE(ui.savedNames(), QStringList({"beta", "Tape", "Delay <b>"}));
+        QTRY_COMPARE(ui.savedNames(), QStringList({"beta", "Alpha", "Delay <b>"}));
+    }
+
+    void writesPythonWithFewKeys()
+    {
+        const WindowFixture ui(WindowFixture::Library{{"one", "#\n"}});
+        ui.click("scriptTextArea");
+        ui.press(Qt::Key_End, Qt::ControlModifier);
+        ui.type("if a:");
+        ui.press(Qt::Key_Return);
+        ui.type("pass");
+        ui.press(Qt::Key_Return);
+        ui.press(Qt::Key_Tab);
+        ui.press(Qt::Key_Backspace);
+        ui.type("b");
+        QCOMPARE(ui.text("scriptTextArea"), "#\nif a:\n    pass\nb");
+        ui.pressCtrl(Qt::Key_A);
+        ui.press(Qt::Key_Tab);
+        ui.press(Qt::Key_Backtab, Qt::ShiftModifier);
+        ui.press(Qt::Key_Backtab, Qt::ShiftModifier);
+        QCOMPARE(ui.text("scriptTextArea"), "#\nif a:\npass\nb");
+        ui.pressCtrl(Qt::Key_Z);
+        ui.press(Qt::Key_End, Qt::ControlModifier);
+        ui.pressCtrl(Qt::Key_Slash);
+        QCOMPARE(ui.text("scriptTextArea"), "#\nif a:\n    pass\n# b");
+        QTRY_COMPARE(ui.savedLibrary().first().text, "#\nif a:\n    pass\n# b");
     }
 
     void keepsWhatIsTyped()
@@ -163,7 +229,7 @@ private slots:
         ui.press(Qt::Key_Tab);
         ui.type("print(1)");
         ui.press(Qt::Key_Return);
-        const QString edited = "    print(1)\n# second\n";
+        const QString edited = "    print(1)\n    # second\n";
         QCOMPARE(ui.text("scriptTextArea"), edited);
         QVERIFY(ui.itemSaying("3:"));
         QVERIFY(!ui.itemSaying("4:"));
@@ -171,9 +237,9 @@ private slots:
 
         ui.type("# two");
         ui.click(ui.itemSaying("gamma"));
-        QTRY_COMPARE(ui.savedLibrary().first().text, "    print(1)\n# two# second\n");
+        QTRY_COMPARE(ui.savedLibrary().first().text, "    print(1)\n    # two# second\n");
         ui.click(ui.itemSaying("beta"));
-        QCOMPARE(ui.text("scriptTextArea"), "    print(1)\n# two# second\n");
+        QCOMPARE(ui.text("scriptTextArea"), "    print(1)\n    # two# second\n");
     }
 
     void undoesInOneScriptAlone()
@@ -186,6 +252,67 @@ private slots:
         ui.click("scriptTextArea");
         ui.pressCtrl(Qt::Key_Z);
         QCOMPARE(ui.text("scriptTextArea"), "# same");
+    }
+
+    /// What belongs to a script stays with it when another one is selected, and when it is sorted.
+    void keepsThePlaceInAScript()
+    {
+        const QString lines = QString("# line\n").repeated(100);
+        const WindowFixture ui(WindowFixture::Library{{"b", lines}, {"empty", ""}, {"a", ""}});
+        const auto place = [&] {
+            const QQuickItem *const text = ui.item("scriptTextArea");
+            return std::pair(text->property("cursorPosition").toInt(), text->mapToScene({}).y());
+        };
+        ui.click("scriptTextArea");
+        ui.press(Qt::Key_End, Qt::ControlModifier);
+        ui.type("x");
+        const auto before = place();
+        ui.click(ui.itemSaying("empty"));
+        ui.click("scriptTextArea");
+        ui.type("y");
+        ui.click(ui.itemSaying("a"));
+        ui.click("scriptTextArea");
+        ui.pressCtrl(Qt::Key_Z);
+        QCOMPARE(ui.text("scriptTextArea"), "");
+        ui.click(ui.itemSaying("b"));
+        QCOMPARE(place(), before);
+        ui.click("sortIcon");
+        QCOMPARE(ui.rows("scriptListView"), QStringList({"a", "b", "empty"}));
+        QCOMPARE(place(), before);
+        ui.item("scriptTextArea")->forceActiveFocus();
+        ui.pressCtrl(Qt::Key_Z);
+        QCOMPARE(ui.text("scriptTextArea"), lines);
+        QTRY_COMPARE(ui.savedLibrary().at(1).text, lines);
+    }
+
+    /// More scripts than are kept with what can be undone in them.
+    void undoesNothingOfAnotherScript()
+    {
+        const WindowFixture ui(WindowFixture::Library(30, {"x", ""}));
+        ui.click("scriptTextArea");
+        ui.type("ab");
+        for (int i = 0; i < 2; ++i)
+            ui.press(Qt::Key_Backspace);
+        ui.press(Qt::Key_F6, Qt::ShiftModifier);
+        for (int i = 0; i < 25; ++i) {
+            ui.press(Qt::Key_Down);
+            ui.item("scriptTextArea")->forceActiveFocus();
+            ui.pressCtrl(Qt::Key_Z);
+            QCOMPARE(ui.text("scriptTextArea"), "");
+            ui.press(Qt::Key_F6, Qt::ShiftModifier);
+        }
+        QCOMPARE(ui.value("scriptListView", "currentIndex").toInt(), 25);
+    }
+
+    void showsPlainLineEnds()
+    {
+        const WindowFixture::Library library{{"crlf", "a\r\nb"}, {"cr", "c\r"}, {"other", ""}};
+        const WindowFixture ui(library);
+        QCOMPARE(ui.text("scriptTextArea"), "a\nb");
+        QCOMPARE(ui.savedLibrary(), library); // nothing was done yet
+        ui.click(ui.itemSaying("cr"));
+        ui.click(ui.itemSaying("other"));
+        QTRY_COMPARE(ui.savedLibrary().at(1).text, "c\n");
     }
 
     void keepsTheCursorInView_data()
@@ -266,18 +393,26 @@ private slots:
                  "Device, Sort scripts, Delete script, Add script");
         QCOMPARE(ui.text("scriptTextArea"), "# second\n");
         ui.click("messageTextArea");
-        for (const char *name : {"Clear", "Script editor", "Read Guide"}) {
+        for (const char *name : {"Clear", "Script editor"}) {
             ui.press(Qt::Key_Backtab, Qt::ShiftModifier);
             QCOMPARE(ui.focusedName(), name);
         }
-        ui.press(Qt::Key_Return);
-        QTRY_VERIFY(ui.item("helpTextArea"));
+        const std::pair<Qt::KeyboardModifiers, const char *> steps[] = {
+            {{}, "Message log"},
+            {{}, "Device"},
+            {{}, "beta"},
+            {Qt::ShiftModifier, "Device"},
+            {Qt::ShiftModifier, "Message log"}};
+        for (const auto &[modifiers, name] : steps) {
+            ui.press(Qt::Key_F6, modifiers);
+            QCOMPARE(ui.focusedName(), name);
+        }
     }
 
     void obeysShortcuts()
     {
         const WindowFixture ui(threeScripts());
-        ui.pressCtrl(Qt::Key_N);
+        ui.hold(Qt::Key_N, Qt::ControlModifier); // once, however long
         QCOMPARE(ui.rows("scriptListView").last(), "NEW SCRIPT");
         ui.pressCtrl(Qt::Key_L);
         QCOMPARE(ui.rows("scriptListView"), QStringList({"Alpha", "beta", "gamma", "NEW SCRIPT"}));

@@ -3,6 +3,8 @@
 #include "ui/WindowFixture.h"
 
 #include <QDesktopServices>
+#include <QPointer>
+#include <QTcpSocket>
 
 using namespace testsupport;
 
@@ -140,16 +142,53 @@ private slots:
 
     void offersNothingWithoutTheWeb()
     {
-        const WindowWithServer ui("/gone");
+        WindowWithServer ui("/gone");
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^Network error:"));
         ui.pressCtrl(Qt::Key_D);
-        QTRY_VERIFY(ui.server.hasServed() && ui.server.isIdle());
+        QTRY_VERIFY(ui.itemSaying("The library could not be reached."));
+        QVERIFY(ui.text("downloadFailure").contains("Not Found"));
         QCOMPARE(ui.rows("downloadScriptListView"), QStringList());
-        QVERIFY(ui.itemSaying("The scripts on offer appear here once they have arrived."));
         ui.takePicture("download-empty");
+        ui.server.on("/gone", HttpServer::ok(scripts::writeLibrary({{"back", ""}})));
+        ui.click("downloadAgainButton");
+        QTRY_COMPARE(ui.rows("downloadScriptListView"), QStringList("back"));
+        QVERIFY(!ui.itemSaying("The library could not be reached."));
         ui.click("downloadDoneButton");
         QVERIFY(ui.closes("downloadScriptWindow"));
         QCOMPARE(ui.rows("scriptListView"), QStringList("mine"));
+    }
+
+    void waitsForADownloadAndNoLonger()
+    {
+        WindowWithServer ui;
+        QPointer<QTcpSocket> late;
+        ui.server.on("/library", [&](QTcpSocket *socket) { late = socket; });
+        QVERIFY(ui.object("downloadScriptWindow")->setProperty("timeLimit", 1000));
+        ui.pressCtrl(Qt::Key_D);
+        QTRY_VERIFY(ui.item("downloadBusySign"));
+        ui.takePicture("download-busy");
+        QTRY_COMPARE(ui.text("downloadFailure"), "No answer came within 1 seconds.");
+
+        // An answer to an earlier opening.
+        ui.click("downloadAgainButton");
+        QTRY_VERIFY(late);
+        ui.press(Qt::Key_Escape);
+        QVERIFY(ui.closes("downloadScriptWindow"));
+        QTRY_VERIFY(!late); // nobody waits for it
+        ui.offer({{"mine", ""}, {"Tape", ""}, {"Tap", ""}});
+        ui.pressCtrl(Qt::Key_D);
+        QTRY_COMPARE(ui.rows("downloadScriptListView"), QStringList({"mine", "Tape", "Tap"}));
+        QVERIFY(!ui.item("downloadBusySign"));
+        QCOMPARE(ui.value("downloadScriptListView", "currentIndex").toInt(), 0);
+        QVERIFY(ui.itemSaying("\u2713")); // "mine" is in the library
+        ui.click("downloadFilterField");
+        ui.type("tape");
+        QTRY_COMPARE(ui.rows("downloadScriptListView"), QStringList("Tape"));
+        ui.takePicture("download-filtered");
+        ui.press(Qt::Key_Return);
+        ui.press(Qt::Key_Return);
+        QVERIFY(ui.closes("downloadScriptWindow"));
+        QCOMPARE(ui.savedNames(), QStringList({"mine", "Tape"}));
     }
 
     void closesTheDownloadWindow_data()
@@ -250,8 +289,8 @@ private slots:
             {"list bar", normal, {3, 63}, "#303030"},
             {"selected row", normal, {3, 110}, "royalblue"},
             {"list", normal, {100, 600}, "#000000"},
-            {"divider", normal, {255, 400}, "#FFFFFF"},
-            {"line numbers", normal, {265, 590}, "#666666"},
+            {"divider", normal, {320, 400}, "#FFFFFF"},
+            {"line numbers", normal, {335, 590}, "#666666"},
             {"editor", normal, {1000, 590}, "#222222"},
             {"options, smallest", smallest, {3, 596}, "#222222"},
             {"handle, smallest", smallest, {700, 442}, "#666666"}};
@@ -260,6 +299,15 @@ private slots:
             ui.window()->resize(size);
             QTRY_VERIFY2(ui.window()->grabWindow().pixelColor(place) == colour, name);
             ui.takePicture(QString("main-%1x%2").arg(size.width()).arg(size.height()));
+        }
+
+        const QQuickItem *const title = ui.itemSaying("Available Scripts");
+        QVERIFY(title->property("paintedWidth").toReal() >= title->implicitWidth() - 1);
+        qreal right = ui.item("scriptListView")->width();
+        for (const char *icon : {"plusIcon", "minusIcon", "sortIcon"}) {
+            const QQuickItem *const item = ui.item(icon);
+            QCOMPARE(item->mapToScene({item->width(), 0}).x(), right - 25);
+            right -= 25;
         }
     }
 

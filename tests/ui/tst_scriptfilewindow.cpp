@@ -27,6 +27,7 @@ private slots:
         QDir::setCurrent(m_folder->path()); // where the dialogs begin
         QVERIFY(QFile::link("missing/Wah.py", "Wah.py"));
         write("Chorus.py", "# \xC3\xBC\r\n");
+        write("Long.py", QByteArray(6901, '#'));
         write("Echo.py", "# echo\n");
         write("notes.txt", "no script");
         write("<b>picture.py", QByteArray("\x89PNG\0", 5));
@@ -46,7 +47,12 @@ private slots:
         QTRY_VERIFY(!ui.itemSaying(NoText));
         QCOMPARE(ui.savedNames().size(), 3);
 
-        // One that is asked about is not to change places with another.
+        // A window that covers the list, or a question about it.
+        ui.press(Qt::Key_F1);
+        QTRY_VERIFY(ui.item("helpTextArea"));
+        QCOMPARE(drop(ui, {"Chorus.py"}), Qt::IgnoreAction);
+        ui.press(Qt::Key_Escape);
+        QTRY_VERIFY(!ui.item("helpTextArea"));
         ui.press(Qt::Key_Delete, Qt::ControlModifier | Qt::ShiftModifier);
         QTRY_VERIFY(ui.isOpen("okCancelDialog"));
         QCOMPARE(drop(ui, {"Chorus.py"}), Qt::IgnoreAction);
@@ -69,6 +75,13 @@ private slots:
         QCOMPARE(ui.text("scriptTextArea"), "# echo\n");
         QCOMPARE(ui.savedNames(), QStringList({"Tape", "Echo"}));
 
+        // One that does not fit the device yet can be shortened here.
+        QCOMPARE(drop(ui, {"Long.py"}), Qt::CopyAction);
+        QTRY_COMPARE(ui.text("scriptTextArea").size(), 6901);
+        QTRY_VERIFY(ui.itemSaying("Script exceeds maximum allowable length (6900 bytes)"));
+        ui.press(Qt::Key_Return);
+        QTRY_VERIFY(!ui.isOpen("messageDialog"));
+
         ui.pressCtrl(Qt::Key_O);
         QTRY_VERIFY(ui.itemSaying("<b>picture.py"));
         ui.click(ui.itemSaying("<b>picture.py"));
@@ -82,7 +95,7 @@ private slots:
         QTRY_VERIFY(ui.itemSaying("Open"));
         ui.press(Qt::Key_Escape);
         QTRY_VERIFY(!ui.itemSaying("Open"));
-        QCOMPARE(ui.savedNames(), QStringList({"Tape", "Echo"}));
+        QCOMPARE(ui.savedNames(), QStringList({"Tape", "Echo", "Long"}));
     }
 
     void savesAFile_data()
@@ -138,7 +151,7 @@ private:
         return background && background->property("color") == QColor("#222222");
     }
 
-    static WindowFixture::Library oneScript() { return {{"Tape", "# tape\n"}}; }
+    static WindowFixture::Library oneScript() { return {{"Tape", "# tape\r\n"}}; }
 
     void write(const QString &name, const QByteArray &content) const
     {

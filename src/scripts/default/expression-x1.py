@@ -23,7 +23,9 @@ def on_pedal(position):
     low = clamp(MINIMUM, MIDI_MIN_VAL, MIDI_MAX_VAL)
     high = clamp(MAXIMUM, MIDI_MIN_VAL, MIDI_MAX_VAL)
     travel = clamp(position, EXPPEDAL_MIN, EXPPEDAL_MAX) - EXPPEDAL_MIN
-    value = low + travel * (high - low) // (EXPPEDAL_MAX - EXPPEDAL_MIN)
+    # Towards the minimum both ways: a pedal at rest sends just that
+    steps = travel * abs(high - low) // (EXPPEDAL_MAX - EXPPEDAL_MIN)
+    value = low + steps if low <= high else low - steps
     midi_send(MIDI_OUT_1, midi_msg_make_cc(CHANNEL, CONTROLLER, value))
     blink_led()
 

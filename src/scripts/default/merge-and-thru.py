@@ -9,7 +9,7 @@
 
 from ostrel import *
 
-MERGED_OUTPUTS = (MIDI_OUT_1, MIDI_OUT_2, MIDI_OUT_3, MIDI_OUT_4)
+MERGED_OUTPUTS = [MIDI_OUT_1, MIDI_OUT_2, MIDI_OUT_3, MIDI_OUT_4]
 
 
 def on_midi(port, msg):

@@ -22,10 +22,10 @@ SEND_PERIOD = 500
 FLASH_TIME = 100
 
 # Way out, way back, colour when both work
-PATHS = (
+PATHS = [
     (MIDI_OUT_1, MIDI_IN_1, LED_GREEN),
     (MIDI_OUT_5, MIDI_IN_3, LED_ORANGE),
-)
+]
 
 path = len(PATHS) - 1
 sent = None

@@ -9,8 +9,8 @@
 from ostrel import *
 
 ROUTES = {
-    MIDI_IN_1: (MIDI_OUT_1, MIDI_OUT_2),
-    MIDI_IN_2: (MIDI_OUT_3, MIDI_OUT_4),
+    MIDI_IN_1: [MIDI_OUT_1, MIDI_OUT_2],
+    MIDI_IN_2: [MIDI_OUT_3, MIDI_OUT_4],
 }
 
 

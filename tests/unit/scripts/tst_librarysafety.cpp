@@ -4,6 +4,7 @@
 #include "support/Rows.h"
 
 #include <QRandomGenerator>
+#include <QSignalSpy>
 
 #include <atomic>
 #include <csignal>
@@ -151,11 +152,68 @@ private slots:
         QCOMPARE(m_home->read(FirstConflict), libraryOf(1, "1"));
         QVERIFY(save(first, "3"));
         QCOMPARE(m_home->read("OSTScripts.conflict-2.json"), libraryOf(1, "2"));
-        // What was kept once is not kept again.
+        // What was kept once is not kept again, and "3" follows "1".
         QVERIFY(save(second, "1"));
         m_home->write(libraryOf(1, "2"));
         QVERIFY(save(second, "4"));
-        QCOMPARE(m_home->files().filter("conflict").size(), 3);
+        QCOMPARE(m_home->files().filter("conflict").size(), 2);
+    }
+
+    /// Two that run at once keep one copy of each other, however often they save.
+    void keepsOneCopyOfASession()
+    {
+        const auto text = [](const QString &edit) { return "# head\n" + edit + "# end\n"; };
+        m_home->write(scripts::writeLibrary({{"x", text("")}, {"y", ""}}));
+        ScriptListModel first;
+        ScriptListModel second;
+        QString typed;
+        for (const char *letter : {"a", "b", "c", "d"}) {
+            typed += letter;
+            QVERIFY(save(first, text(typed)));
+            QVERIFY(save(second, text(typed.toUpper())));
+        }
+        QCOMPARE(m_home->files().filter("conflict").size(), 2);
+
+        // A third one, which has read what the second saved, is not taken for the first.
+        ScriptListModel third;
+        QVERIFY(save(third, text("3ABCD")));
+        second.modifyScriptText(1, "edited");
+        QVERIFY(second.saveToFile());
+        QStringList kept;
+        for (const QString &file : m_home->files().filter("conflict"))
+            kept += m_home->library(file).first().text;
+        QVERIFY(kept.contains(text("abcd")));
+        QVERIFY(kept.contains(text("3ABCD")));
+    }
+
+    void changesNothingWithoutAnEdit()
+    {
+        const QByteArray foreignForm = "{\"by\":\"hand\",\"scripts\":[{\"text\":\"a\\r\\n\"}]}";
+        m_home->write(foreignForm);
+        {
+            ScriptListModel model;
+            model.saveInBackground();
+        }
+        QCOMPARE(m_home->read(), foreignForm);
+    }
+
+    void triesAgainAfterARemoval()
+    {
+        m_home->write(libraryOf(2, "text"));
+        ScriptListModel model;
+        QVERIFY(QDir(m_home->folder()).removeRecursively());
+        QFile inTheWay(m_home->folder());
+        QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+        const QSignalSpy failed(&model, &ScriptListModel::savingFailed);
+        const QSignalSpy works(&model, &ScriptListModel::savingWorksAgain);
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^Failed to open file"));
+            model.removeScript(0);
+        }
+        QCOMPARE(failed, QList<QVariantList>{{m_home->folder()}}); // once
+        QVERIFY(inTheWay.remove());
+        QTRY_COMPARE_WITH_TIMEOUT(works.size(), 1, 30000);
+        QCOMPARE(m_home->read(), libraryOf(0, ""));
     }
 
     void losesNothingWhenTwoSaveAtOnce()
@@ -294,6 +352,15 @@ private slots:
         close(firstSave[0]);
         close(firstSave[1]);
         QVERIFY(m_home->files().filter(QRegularExpression("conflict|damaged")).isEmpty());
+
+        const QString backup = LibraryHome::FileName + ".backup";
+        m_home->write("mine", backup);
+        m_home->write("left", LibraryHome::FileName + ".aBcdEf");
+        const ScriptListModel next;
+        QVERIFY(m_home->files().contains(backup));
+        // Some have no capital in their name and stay.
+        QVERIFY(m_home->files().size() < 2 + Rounds / 10);
+        QVERIFY(!m_home->files().contains(LibraryHome::FileName + ".aBcdEf"));
     }
 
     void keepsTheOldFileOnAFullDisk()
