@@ -185,12 +185,11 @@ private slots:
     void namesDevices()
     {
         const QByteArray longName(40, 'x');
-        const std::vector<fakeboxes::Boxes> ports{
-            {{{26, 1, {1, 2, 3}}, "B\xC3\xA4r"},
-             {{26, 2, {}}, ""},
-             {{26, 3, {}}, {}},
-             {{26, 4, {}}, "first"}},
-            {{{26, 4, {}}, longName}}};
+        const std::vector<fakeboxes::Boxes> ports{{{{26, 1, {1, 2, 3}}, "B\xC3\xA4r"},
+                                                   {{26, 2, {}}, ""},
+                                                   {{26, 3, {}}, {}},
+                                                   {{26, 4, {}}, "first"}},
+                                                  {{{26, 4, {}}, longName}}};
         plug(ports);
         Editor editor;
         editor.model.scanForDevice();
