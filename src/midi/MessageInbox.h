@@ -11,9 +11,8 @@ namespace midi
 {
 
 /// Where the MIDI library's thread delivers what arrives: hands messages on at once, or keeps them
-/// until they are taken. The library's callback stays set as long as its input exists, because the
-/// library calls a null function when its callback is taken away while a message arrives. All
-/// functions but receive() belong to the owner's thread.
+/// until they are taken. So its callback can stay set; the library calls a null function when that
+/// is taken away while a message arrives. All functions but receive() belong to the owner's thread.
 class MessageInbox
 {
 public:
@@ -23,10 +22,13 @@ public:
     {}
 
     /// True: messages are pushed. False, as at first: they wait, at most 100; more are dropped.
-    void setPushing(bool enabled)
+    /// While some wait, pushing does not begin, and the result is false: later ones would overtake
+    /// them.
+    bool setPushing(bool enabled)
     {
         const std::scoped_lock lock(m_mutex);
-        m_pushing = enabled;
+        m_pushing = enabled && m_waiting.empty();
+        return m_pushing == enabled;
     }
     /// Takes the oldest waiting message. False when there is none or when messages are pushed.
     [[nodiscard]] bool take(ByteMessage &message)

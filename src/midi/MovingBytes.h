@@ -16,9 +16,8 @@ public:
         : m_last(count)
     {}
 
-    /// Whether at least a byte a millisecond moved since the last call, which was `passed` ago, as
-    /// less is no answer. False for good once the largest frame had the time to come from an old
-    /// MIDI plug.
+    /// Whether at least a byte a millisecond moved since the last call, which was `passed` ago.
+    /// False for good once the largest frame had the time to come from an old MIDI plug.
     [[nodiscard]] constexpr bool stillMove(std::uint64_t count, std::chrono::milliseconds passed)
     {
         constexpr std::chrono::milliseconds LongestWait{4500};

@@ -157,8 +157,7 @@ bool QtRtMIDI::isOpenAmong(const midi::PortNames &names) const
            std::ranges::count(names.outputs, m_openPair->output.name) > 0;
 }
 
-/// Hands a message to whoever listens. Called on a thread of the MIDI library, or, for texts that
-/// came in polling mode, on the GUI thread.
+/// Called on a thread of the MIDI library, or, for texts that came in polling mode, on the GUI's.
 void QtRtMIDI::receive(const Message &message)
 {
     const midi::Arrival arrival = midi::classify(message);
@@ -170,6 +169,23 @@ void QtRtMIDI::receive(const Message &message)
         emitIncomingDataSignal(message);
 }
 
+void QtRtMIDI::setCallbackMode(bool enabled)
+{
+    Message message;
+    while (!m_inbox->setPushing(enabled)) {
+        if (m_inbox->take(message))
+            showText(message);
+    }
+}
+
+/// What a box prints is shown, behind the texts that were pushed before and wait for the event loop.
+void QtRtMIDI::showText(const Message &message)
+{
+    const auto show = [this, message] { receive(message); };
+    if (midi::isTextMessage(message))
+        QMetaObject::invokeMethod(this, show, Qt::QueuedConnection);
+}
+
 bool QtRtMIDI::receiveMessage(Message &message)
 {
     message.clear();
@@ -179,10 +195,8 @@ bool QtRtMIDI::receiveMessage(Message &message)
 void QtRtMIDI::flushInput()
 {
     Message message;
-    while (receiveMessage(message)) {
-        if (midi::isTextMessage(message))
-            receive(message);
-    }
+    while (receiveMessage(message))
+        showText(message);
 }
 
 bool QtRtMIDI::sendMessage(const Message &message)

@@ -47,7 +47,7 @@ public:
     [[nodiscard]] bool isOpenAmong(const midi::PortNames &names) const;
 
     /// True: received messages become signals. False: they wait for receiveMessage().
-    void setCallbackMode(bool enabled) { m_inbox->setPushing(enabled); }
+    void setCallbackMode(bool enabled);
     /// Takes a message that waits. False, at once, when there is none.
     [[nodiscard]] bool receiveMessage(Message &message);
     /// Discards the messages that wait in polling mode, but shows the texts among them.
@@ -100,13 +100,13 @@ signals:
 
 private:
     void receive(const Message &message);
+    void showText(const Message &message);
     [[nodiscard]] midi::Backend *backend();
     void listPairs(bool named, bool equal);
     bool succeeded(const midi::ErrorText &error);
     bool sendReadReq(midi::BlockType type);
     [[nodiscard]] bool readBlock(midi::BlockType type);
     [[nodiscard]] bool awaitBlock(midi::BlockType type);
-
     const std::shared_ptr<midi::MessageInbox> m_inbox;
     std::unique_ptr<midi::Backend> m_backend; ///< null before the first use and without a service
     QDeadlineTimer m_nextAttempt;             ///< to find a service, which costs time

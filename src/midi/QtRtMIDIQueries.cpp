@@ -68,8 +68,8 @@ bool QtRtMIDI::awaitBlock(midi::BlockType type)
                 m_block = std::move(*payload);
                 return true;
             }
-        } else if (midi::isTextMessage(message)) {
-            receive(message); // what a box prints is shown, whoever waits for something else
+        } else {
+            showText(message);
         }
     }
 }

@@ -23,11 +23,18 @@ std::string number(const char *label, std::size_t value)
     return ' ' + std::string(label) + '=' + std::to_string(value);
 }
 
+/// "F0 00 01 …"
+std::string toHex(ByteView bytes)
+{
+    const QByteArrayView view(bytes.data(), static_cast<qsizetype>(bytes.size()));
+    return view.toByteArray().toHex(' ').toUpper().toStdString();
+}
+
 std::string describeOther(ByteView message)
 {
     constexpr std::size_t Shown = 8;
     return "other" + number("bytes", message.size()) + ' ' +
-           midi::toHex(message.first(std::min(Shown, message.size())));
+           toHex(message.first(std::min(Shown, message.size())));
 }
 
 std::string describeUpdate(ByteView message)

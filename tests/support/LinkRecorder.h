@@ -3,15 +3,13 @@
 #include <QObject>
 #include <QStringList>
 
-#include <memory>
-
 class QtRtMIDI;
 
 namespace testsupport
 {
 
-/// Records the texts that a connection pushes, as they arrive: on the MIDI library's thread, on
-/// which a QSignalSpy of Qt 6.4 would write into what the test reads. Belongs to the test's thread.
+/// Records the texts that a link shows, as the window is told of them: those of the MIDI library's
+/// thread by way of the event loop. Belongs to the test's thread.
 class LinkRecorder
 {
 public:
@@ -23,10 +21,8 @@ public:
     [[nodiscard]] QStringList takeTexts();
 
 private:
-    struct Record;
-
-    std::shared_ptr<Record> m_record; ///< shared with calls that are still under way
-    QObject m_receiver;
+    QStringList m_texts;
+    QObject m_receiver; ///< goes first
 };
 
 } // namespace testsupport

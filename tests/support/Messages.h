@@ -11,7 +11,10 @@ namespace testsupport
 /// "F0 00 01 5B", as a failed comparison should show a message.
 inline QByteArray hex(midi::ByteView message)
 {
-    return QByteArray::fromStdString(midi::toHex(message));
+    return QByteArrayView(message.data(), static_cast<qsizetype>(message.size()))
+        .toByteArray()
+        .toHex(' ')
+        .toUpper();
 }
 
 inline midi::ByteMessage fromHex(const QByteArray &text)

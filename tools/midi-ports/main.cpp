@@ -16,6 +16,14 @@ void print(const char *direction, const std::vector<midi::Port> &ports)
         std::printf("%s %u: %s\n", direction, port.number, port.reported.c_str());
 }
 
+/// "F0 00 01 …"
+void print(const midi::ByteMessage &message)
+{
+    for (const unsigned byte : message)
+        std::printf("%02X ", byte);
+    std::puts("");
+}
+
 int fail(const std::string &reason)
 {
     std::fprintf(stderr, "%s\n", reason.c_str());
@@ -28,8 +36,7 @@ int main(int argc, char **argv)
 {
     midi::ErrorText error;
     const auto backend = midi::Backend::make(
-        {}, [](const midi::ByteMessage &message) { std::puts(midi::toHex(message).c_str()); },
-        error);
+        {}, [](const midi::ByteMessage &message) { print(message); }, error);
     if (!error.empty())
         std::fprintf(stderr, "%s\n", error.c_str());
     if (!backend)

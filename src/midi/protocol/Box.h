@@ -22,8 +22,7 @@ inline constexpr std::size_t RecordSysexIdOffset = 17;
 inline constexpr std::size_t RecordNameOffset = 224;
 inline constexpr std::size_t MaxNameLength = 31; ///< of the display name, which a zero follows
 
-// A device reference names one box in 16 bits: the product ID in bits 8 to 15, the sysex ID in bits
-// 0 to 7. It is what the device list, the settings store and the documents exchange.
+// A device reference names one box: the product ID in bits 8 to 15, the sysex ID in bits 0 to 7.
 
 inline constexpr int NoDeviceReference = 0xFFFF; ///< names none
 

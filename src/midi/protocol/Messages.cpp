@@ -162,13 +162,4 @@ ByteView readText(ByteView message)
     return rest.first(static_cast<std::size_t>(end - rest.begin()));
 }
 
-std::string toHex(ByteView message)
-{
-    static constexpr char Digits[] = "0123456789ABCDEF";
-    std::string text;
-    for (const std::uint8_t byte : message)
-        text += {Digits[byte >> 4U], Digits[byte & 0x0FU], ' '};
-    return text.substr(0, text.empty() ? 0 : text.size() - 1);
-}
-
 } // namespace midi

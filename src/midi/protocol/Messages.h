@@ -4,7 +4,6 @@
 
 #include <array>
 #include <compare>
-#include <string>
 
 /// The frame that all messages to and from a box share, the short messages in it, and the tests
 /// that tell messages apart. docs/protocol.md describes the whole protocol.
@@ -103,7 +102,5 @@ enum class Arrival { Foreign, Text, Other };
 [[nodiscard]] Identity readIdentity(ByteView reply);
 /// The bytes from offset 7 up to the first 0xF7 or the end: a name, or what a box prints.
 [[nodiscard]] ByteView readText(ByteView message);
-/// "F0 00 01 …", for logs.
-[[nodiscard]] std::string toHex(ByteView message);
 
 } // namespace midi

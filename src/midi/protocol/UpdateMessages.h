@@ -10,10 +10,8 @@
 namespace midi
 {
 
-/// Payload bytes in one data message; the last one may hold fewer.
-inline constexpr std::uint32_t UpdateBlockSize = 512;
-/// The status that accepts the last block; any other one asks for a position.
-inline constexpr std::uint8_t UpdateAccepted = 0x7F;
+inline constexpr std::uint32_t UpdateBlockSize = 512; ///< payload bytes; the last block may be less
+inline constexpr std::uint8_t UpdateAccepted = 0x7F;  ///< any other status asks for a position
 
 enum class UpdateCommand : std::uint8_t {
     Request = 0x00,
