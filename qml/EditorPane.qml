@@ -12,8 +12,23 @@ Item {
     required property int maxLength
 
     readonly property alias editor: scriptPages
-    readonly property alias findBar: finding
-    readonly property alias lineBar: lineGoing
+
+    function find(replacing: bool) {
+        (finding.make() as FindBar).find(replacing);
+    }
+
+    /// Without a search there is nothing to find.
+    function findNext(forward: bool) {
+        const bar = finding.item as FindBar;
+        if (forward)
+            bar?.findNext();
+        else
+            bar?.findPrevious();
+    }
+
+    function askForLine() {
+        (lineGoing.make() as LineBar).ask();
+    }
 
     PaneBar {
         id: bar
@@ -56,20 +71,22 @@ Item {
         }
     }
 
-    FindBar {
+    OnDemand {
         id: finding
 
         anchors.top: bar.bottom
         width: parent.width
-        editor: scriptPages.current
+        document: "FindBar.qml"
+        properties: ({ editor: Qt.binding(() => scriptPages.current) })
     }
 
-    LineBar {
+    OnDemand {
         id: lineGoing
 
         anchors.top: finding.bottom
         width: parent.width
-        editor: scriptPages.current
+        document: "LineBar.qml"
+        properties: ({ editor: Qt.binding(() => scriptPages.current) })
     }
 
     ScriptPages {
@@ -80,7 +97,7 @@ Item {
         width: parent.width
         scriptFont: root.scriptFont
         zoom: root.zoom
-        finder: finding.visible ? finding.finder : null
+        finder: finding.item?.visible ? (finding.item as FindBar).finder : null
 
         FocusRing {
             objectName: "editorFocusRing"

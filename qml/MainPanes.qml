@@ -39,19 +39,17 @@ RowLayout {
         if (scriptListPane.list.activeFocus && !replacing)
             scriptListPane.startFiltering();
         else
-            editorPane.findBar.find(replacing);
+            editorPane.find(replacing);
     }
 
     function findNext(forward: bool) {
-        if (forward)
-            editorPane.findBar.findNext();
-        else
-            editorPane.findBar.findPrevious();
+        editorPane.findNext(forward);
     }
 
     function askForLine() {
-        editorPane.lineBar.ask();
+        editorPane.askForLine();
     }
+
     readonly property alias log: messageLogPane
     readonly property string deviceNeededText: qsTr("Connect a device first")
 

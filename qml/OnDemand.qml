@@ -1,14 +1,15 @@
 import QtQuick
 import QtQuick.Templates as T
 
-/// Makes a window or dialog of another document when it is first needed, so that the main window's
-/// start pays for none of them. The document is named by its address: a component written in place
+/// Makes a window, or a part of one, of another document when it is first needed, so that the main
+/// window's start pays for none of them. The document is named by its address: a component written in place
 /// would have it loaded, with all that it imports, although nothing is made of it yet.
 Loader {
     id: root
 
     required property url document
     property var properties: ({}) ///< that the document requires
+    property bool wanted: false ///< makes it without being asked
 
     function make(): QtObject {
         if (!active) {
@@ -23,4 +24,10 @@ Loader {
     }
 
     active: false
+
+    onWantedChanged: {
+        // Later, since this may come before the properties while what it stands in is made.
+        if (wanted)
+            Qt.callLater(make);
+    }
 }

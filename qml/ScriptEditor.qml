@@ -146,12 +146,16 @@ Flickable {
         Component.onCompleted: setDocumentFromQML(scriptTextArea.textDocument)
     }
 
-    TextMarks {
+    OnDemand {
         x: scriptTextArea.x
-        textArea: scriptTextArea
-        viewport: view
-        source: view.finder
-        color: Theme.hitColor
+        wanted: view.finder !== null
+        document: "TextMarks.qml"
+        properties: ({
+            textArea: scriptTextArea,
+            viewport: view,
+            source: Qt.binding(() => view.finder),
+            color: Theme.hitColor
+        })
     }
 
     LostCharacters {
@@ -160,13 +164,17 @@ Flickable {
         Component.onCompleted: setDocumentFromQML(scriptTextArea.textDocument)
     }
 
-    TextMarks {
+    OnDemand {
         x: scriptTextArea.x
-        textArea: scriptTextArea
-        viewport: view
-        source: lostCharacters.count > 0 ? lostCharacters : null
-        color: Theme.warningColor
-        underlined: true
+        wanted: lostCharacters.count > 0
+        document: "TextMarks.qml"
+        properties: ({
+            textArea: scriptTextArea,
+            viewport: view,
+            source: Qt.binding(() => lostCharacters.count > 0 ? lostCharacters : null),
+            color: Theme.warningColor,
+            underlined: true
+        })
     }
 
     LineNumbers {

@@ -37,19 +37,20 @@ ColumnLayout {
     }
 
     function startFiltering() {
-        filterField.visible = true;
-        filterField.forceActiveFocus();
-        filterField.selectAll();
+        const field = filter.make() as BarField;
+        filter.visible = true;
+        field.forceActiveFocus();
+        field.selectAll();
     }
 
     function endFiltering() {
-        filterField.clear();
-        filterField.visible = false;
+        (filter.item as BarField).clear();
+        filter.visible = false;
         scriptListView.forceActiveFocus();
     }
 
     function isWanted(name: string, text: string): bool {
-        const wanted = filterField.text.toLowerCase();
+        const wanted = (filter.item as BarField)?.text.toLowerCase() ?? "";
         return wanted === "" || (name + "\n" + text).toLowerCase().includes(wanted);
     }
 
@@ -114,14 +115,14 @@ ColumnLayout {
         }
     }
 
-    BarField {
-        id: filterField
+    OnDemand {
+        id: filter
 
-        objectName: "filterField"
         Layout.fillWidth: true
         Layout.margins: 5
         visible: false
-        hint: qsTr("Find scripts by name or text")
+        document: "BarField.qml"
+        properties: ({ objectName: "filterField", hint: qsTr("Find scripts by name or text") })
         Keys.onEscapePressed: root.endFiltering()
         Keys.onReturnPressed: scriptListView.stepBy(0)
         Keys.onEnterPressed: scriptListView.stepBy(0)
@@ -182,7 +183,7 @@ ColumnLayout {
         Keys.onUpPressed: stepBy(-1)
         Keys.onDownPressed: stepBy(1)
         Keys.onEscapePressed: event => {
-            event.accepted = filterField.visible;
+            event.accepted = filter.visible;
             if (event.accepted)
                 root.endFiltering();
         }

@@ -1,9 +1,9 @@
 import QtQuick
-import QtQuick.Controls
+import QtQuick.Templates as T
 
 /// An action with its keys. One press is one deed, however long the keys are held: the shortcut of
 /// an Action itself would repeat.
-Action {
+T.Action {
     id: root
 
     property string keys: ""

@@ -1,5 +1,5 @@
 import QtQuick
-import QtQuick.Controls
+import QtQuick.Templates as T
 
 /// What the user can do in the window, each with its name and shortcut. The window decides what
 /// happens; buttons, tooltips and the guide take their texts from here.
@@ -172,7 +172,7 @@ Item {
     }
 
     /// In the order in which the guide lists them.
-    readonly property list<Action> all: [addScript, deleteScript, restoreScript, duplicateScript, sortScripts,
+    readonly property list<T.Action> all: [addScript, deleteScript, restoreScript, duplicateScript, sortScripts,
         moveScriptUp, moveScriptDown, openFile, saveFile, readScript,
         sendScript, clearLog, settings, downloadScripts, readGuide, find, replace, findNext, findPrevious, goToLine, showError,
         zoomIn, zoomOut, zoomReset, nextPane, previousPane]
