@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Layouts
 import ConnectedDevices
 import OstrelEditor
 
@@ -15,43 +14,24 @@ Rectangle {
     implicitHeight: Theme.headerHeight
     color: palette.mid
 
-    RowLayout {
-        anchors.fill: parent
-        spacing: 0
+    ConnectedDeviceComboBox {
+        id: connectedDeviceComboBox
 
-        Item {
-            Layout.fillWidth: true
-            Layout.fillHeight: true
-            Layout.minimumWidth: Theme.listWidth
-            Layout.preferredWidth: Theme.listWidth
-            Layout.maximumWidth: root.width / 2
+        anchors.left: parent.left
+        anchors.leftMargin: 10
+        anchors.verticalCenter: parent.verticalCenter
+        firmwareUpdateObj: root.firmwareUpdateObj
+        listModel: root.listModel
+    }
 
-            ConnectedDeviceComboBox {
-                id: connectedDeviceComboBox
+    Image {
+        anchors.right: parent.right
+        anchors.rightMargin: 15
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: 8
+        source: "/assets/AppTitle.svg"
 
-                anchors.left: parent.left
-                anchors.leftMargin: 10
-                anchors.verticalCenter: parent.verticalCenter
-                firmwareUpdateObj: root.firmwareUpdateObj
-                listModel: root.listModel
-            }
-        }
-
-        Item {
-            Layout.fillWidth: true
-            Layout.fillHeight: true
-            Layout.preferredWidth: Theme.listWidth * Theme.editorShare / Theme.listShare
-
-            Image {
-                anchors.right: parent.right
-                anchors.rightMargin: 15
-                anchors.bottom: parent.bottom
-                anchors.bottomMargin: 8
-                source: "/assets/AppTitle.svg"
-
-                Accessible.role: Accessible.Graphic
-                Accessible.name: qsTr("Ostrel Script Editor")
-            }
-        }
+        Accessible.role: Accessible.Graphic
+        Accessible.name: qsTr("Ostrel Script Editor")
     }
 }

@@ -1,12 +1,11 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Layouts
 import OstrelEditor
 import Scripts
 
 /// What the window shows below its header: the scripts on the left; the selected one and the
 /// message log, divided by a handle, on the right.
-RowLayout {
+Item {
     id: root
 
     required property WindowActions actions
@@ -53,16 +52,19 @@ RowLayout {
     readonly property alias log: messageLogPane
     readonly property string deviceNeededText: qsTr("Connect a device first")
 
-    spacing: 0
+    /// The list grows with the window once the editor has its share of it too.
+    readonly property int listWidth: {
+        const shares = Theme.listShare + Theme.editorShare;
+        const grown = (width - divider.width) * Theme.listShare / shares;
+        const least = Math.max(width / 6, scriptListPane.neededWidth, Theme.listWidth);
+        return Math.round(Math.min(width / 2, Math.max(least, grown)));
+    }
 
     ScriptListPane {
         id: scriptListPane
 
-        Layout.fillWidth: true
-        Layout.fillHeight: true
-        Layout.minimumWidth: Math.max(root.width / 6, Math.min(scriptListPane.neededWidth, root.width / 2))
-        Layout.preferredWidth: Theme.listWidth
-        Layout.maximumWidth: root.width / 2
+        width: root.listWidth
+        height: parent.height
         model: root.scriptListModel
         actions: root.actions
         namePointSize: root.namePointSize
@@ -71,17 +73,20 @@ RowLayout {
     }
 
     Rectangle {
-        Layout.fillHeight: true
-        implicitWidth: 15
+        id: divider
+
+        anchors.left: scriptListPane.right
+        width: 15
+        height: parent.height
         color: palette.windowText
     }
 
     SplitView {
         id: split
 
-        Layout.fillWidth: true
-        Layout.fillHeight: true
-        Layout.preferredWidth: Theme.listWidth * Theme.editorShare / Theme.listShare
+        anchors.left: divider.right
+        anchors.right: parent.right
+        height: parent.height
         orientation: Qt.Vertical
 
         handle: PaneHandle {}

@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Layouts
 
 /// The icons below the list of scripts that open the other windows.
 Rectangle {
@@ -13,13 +12,17 @@ Rectangle {
     implicitHeight: 60
     color: palette.base
 
-    RowLayout {
+    Row {
+        id: row
+
         anchors.fill: parent
         anchors.leftMargin: 20
         anchors.rightMargin: 20
         spacing: 20
 
         Repeater {
+            id: cells
+
             model: [
                 { action: root.actions.settings, icon: "/assets/Settings.svg", bottom: 10, name: "settingsIcon" },
                 { action: root.actions.downloadScripts, icon: "/assets/DownloadScript.svg", bottom: 10, name: "downloadIcon" },
@@ -31,8 +34,8 @@ Rectangle {
 
                 required property var modelData
 
-                Layout.fillWidth: true
-                Layout.fillHeight: true
+                width: Math.round((row.width - (cells.count - 1) * row.spacing) / cells.count)
+                height: row.height
 
                 IconButton {
                     anchors.horizontalCenter: parent.horizontalCenter

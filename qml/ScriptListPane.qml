@@ -2,13 +2,12 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Layouts
 import OstrelEditor
 import Scripts
 
 /// The column with the user's scripts: what can be done with the list, the list, and the icons for
 /// the other windows below it. Files dropped on the list are handed on.
-ColumnLayout {
+Item {
     id: root
 
     required property ScriptListModel model
@@ -71,8 +70,6 @@ ColumnLayout {
         (scriptListView.currentItem as ScriptListDelegate)?.editFirstName();
     }
 
-    spacing: 0
-
     PaneBar {
         id: bar
 
@@ -80,7 +77,7 @@ ColumnLayout {
         readonly property int iconStep: 25
         readonly property int iconWidth: 20
 
-        Layout.fillWidth: true
+        width: parent.width
         title: qsTr("Available Scripts")
         titleMargin: scriptIcon.x + scriptIcon.width + 5
         iconsWidth: edgeDistance + 2 * iconStep + iconWidth + 10
@@ -118,8 +115,10 @@ ColumnLayout {
     OnDemand {
         id: filter
 
-        Layout.fillWidth: true
-        Layout.margins: 5
+        anchors.top: bar.bottom
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.margins: 5
         visible: false
         document: "BarField.qml"
         properties: ({ objectName: "filterField", hint: qsTr("Find scripts by name or text") })
@@ -164,8 +163,10 @@ ColumnLayout {
         }
 
         objectName: "scriptListView"
-        Layout.fillWidth: true
-        Layout.fillHeight: true
+        anchors.top: filter.visible ? filter.bottom : bar.bottom
+        anchors.topMargin: filter.visible ? 5 : 0
+        anchors.bottom: options.top
+        width: parent.width
         model: root.model
         clip: true
         focus: true
@@ -269,7 +270,10 @@ ColumnLayout {
     }
 
     OptionsBar {
-        Layout.fillWidth: true
+        id: options
+
+        anchors.bottom: parent.bottom
+        width: parent.width
         actions: root.actions
         deviceNeededText: root.deviceNeededText
     }
