@@ -117,6 +117,7 @@ ApplicationWindow {
     function askToDelete() {
         deleteInProgress = true;
         const dialog = okCancelDialog.make() as TextDialog;
+        dialog.standardButtons = Dialog.Ok | Dialog.Cancel;
         dialog.text = qsTr("Delete script '%1'?").arg(getScriptName());
         dialog.open();
     }
@@ -240,6 +241,8 @@ ApplicationWindow {
         onScriptRead: (name, text) => rootWindow.addScript(name, text)
         onFailed: message => {
             const dialog = fileMessageDialog.make() as TextDialog;
+            dialog.standardButtons = Dialog.Ok;
+            dialog.closePolicy = Popup.CloseOnEscape;
             dialog.text = message;
             dialog.open();
         }
@@ -314,6 +317,9 @@ ApplicationWindow {
         maxScriptLength: rootWindow.maxScriptLen
         editor.onEdited: rootWindow.takeEdit()
         scripts.onSelectionChanged: {
+            // The start shows one script, once it is known which.
+            if (!rootWindow.started)
+                return;
             rootWindow.updateScriptText();
             scriptListModel.saveInBackground();
         }
@@ -328,7 +334,7 @@ ApplicationWindow {
         id: okCancelDialog
 
         document: "TextDialog.qml"
-        properties: ({ objectName: "okCancelDialog", standardButtons: Dialog.Ok | Dialog.Cancel })
+        properties: ({ objectName: "okCancelDialog" })
     }
 
     Connections {
@@ -347,11 +353,7 @@ ApplicationWindow {
         id: fileMessageDialog
 
         document: "TextDialog.qml"
-        properties: ({
-            objectName: "fileMessageDialog",
-            standardButtons: Dialog.Ok,
-            closePolicy: Popup.CloseOnEscape
-        })
+        properties: ({ objectName: "fileMessageDialog" })
     }
 
     OnDemand {

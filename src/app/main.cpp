@@ -25,11 +25,19 @@ void keepNoDocumentCache()
         qputenv("QML_DISK_CACHE", "aot");
 }
 
+/// Qt would look beside each document for variants of it for this system and language. There are
+/// none, of ours or of the style, and the looking takes milliseconds of every start.
+void lookForNoVariants()
+{
+    qputenv("QT_NO_BUILTIN_SELECTORS", "1");
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
     keepNoDocumentCache();
+    lookForNoVariants();
     QGuiApplication app(argc, argv);
     warmUp();
     NativeObjects objects; // outlives the engine, whose documents use it
