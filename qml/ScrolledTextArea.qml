@@ -1,9 +1,9 @@
 import QtQuick
-import QtQuick.Controls
+import QtQuick.Templates as T
 
 /// Plain text that fills the Flickable it lies in, or more, and is moved there by the page keys as
 /// in any editor, with Shift to select.
-TextArea {
+T.TextArea {
     id: root
 
     required property Flickable viewport
@@ -27,9 +27,15 @@ TextArea {
     }
 
     height: Math.max(viewport.height, contentHeight + topPadding + bottomPadding)
+    implicitWidth: contentWidth + leftPadding + rightPadding
+    implicitHeight: contentHeight + topPadding + bottomPadding
+    padding: 6
+    leftPadding: 10
     textFormat: TextEdit.PlainText
     selectByMouse: true
     color: palette.windowText
+    selectionColor: palette.highlight
+    selectedTextColor: palette.highlightedText
     background: Rectangle {
         color: root.palette.base
     }
