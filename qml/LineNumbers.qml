@@ -1,10 +1,8 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import OstrelEditor
 
-/// Numbers beside the lines of an editor. Only the rows in view have an item, so that a script of
-/// many thousand lines costs no more than a short one.
+/// Numbers beside the lines of an editor. Only those in view are text, so that a script of many
+/// thousand lines costs no more than a short one, and one text, so that they cost as one item.
 Rectangle {
     id: root
 
@@ -20,33 +18,39 @@ Rectangle {
     readonly property real rowHeight: lineCount > 0 ? textHeight / lineCount : 0
     readonly property int firstRow: rowHeight > 0 ? Math.max(0, Math.floor(viewTop / rowHeight)) : 0
     readonly property int rowsInView: rowHeight > 0 ? Math.ceil(viewHeight / rowHeight) + 1 : 0
+    readonly property int lastRow: Math.min(lineCount, firstRow + rowsInView)
+
+    function numbers(from: int, to: int): string {
+        let text = "";
+        for (let number = from; number <= to; ++number)
+            text += number + ":\n";
+        return text;
+    }
+
+    function yOf(row: int): real {
+        return topPadding + row * rowHeight;
+    }
 
     implicitWidth: 50 * Math.max(1, zoom)
     color: palette.button
 
-    Repeater {
-        model: Math.max(0, Math.min(root.rowsInView, root.lineCount - root.firstRow))
+    Rectangle {
+        y: root.yOf(root.markedLine - 1)
+        width: root.width
+        height: root.rowHeight
+        visible: root.markedLine > 0
+        color: Theme.errorColor
+    }
 
-        Text {
-            required property int index
-            readonly property int row: root.firstRow + index
-
-            y: root.topPadding + row * root.rowHeight
-            width: root.width - 4
-            height: root.rowHeight
-            text: (row + 1) + ":"
-            font: root.numberFont
-            color: root.palette.windowText
-            horizontalAlignment: Text.AlignRight
-            verticalAlignment: Text.AlignVCenter
-
-            Rectangle {
-                z: -1
-                anchors.fill: parent
-                anchors.rightMargin: -4
-                visible: parent.row + 1 === root.markedLine
-                color: Theme.errorColor
-            }
-        }
+    Text {
+        y: root.yOf(root.firstRow)
+        width: root.width - 4
+        text: root.numbers(root.firstRow + 1, root.lastRow)
+        textFormat: Text.PlainText
+        font: root.numberFont
+        color: root.palette.windowText
+        horizontalAlignment: Text.AlignRight
+        lineHeightMode: Text.FixedHeight
+        lineHeight: root.rowHeight
     }
 }
