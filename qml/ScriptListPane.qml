@@ -172,6 +172,9 @@ Item {
         focus: true
         activeFocusOnTab: true
         boundsBehavior: Flickable.StopAtBounds
+        // Or the window would be drawn for most of a second after each start and selection.
+        highlightMoveDuration: 0
+        highlightResizeDuration: 0
 
         Accessible.role: Accessible.List
         Accessible.name: qsTr("Available Scripts")
