@@ -15,7 +15,7 @@ Button {
 
     Accessible.name: explanation
     ToolTip.visible: hovered
-    ToolTip.delay: 600
+    ToolTip.delay: Theme.toolTipDelay
     ToolTip.text: explanation
 
     Keys.onReturnPressed: clicked()

@@ -1,5 +1,5 @@
 import QtQuick
-import QtQuick.Controls
+import QtQuick.Templates as T
 import OstrelEditor
 
 /// A clickable icon for an action: its name and shortcut stand in the tooltip, and, while it cannot
@@ -12,6 +12,17 @@ Item {
     property string disabledReason: ""
 
     property int hitMargin: 4
+
+    /// Called instead of bound, so that a tooltip is made for what is pointed at alone.
+    function explain(wanted: bool) {
+        if (!wanted) {
+            T.ToolTip.hide();
+            return;
+        }
+        const name = action.keys ? qsTr("%1 (%2)").arg(action.text).arg(action.keys) : action.text;
+        T.ToolTip.delay = Theme.toolTipDelay;
+        T.ToolTip.show(!action.enabled && disabledReason ? disabledReason : name);
+    }
 
     implicitWidth: image.implicitWidth
     implicitHeight: image.implicitHeight
@@ -30,7 +41,7 @@ Item {
         }
     }
 
-    AbstractButton {
+    T.AbstractButton {
         id: button
 
         anchors.fill: parent
@@ -65,14 +76,6 @@ Item {
         id: hover
 
         margin: root.hitMargin
-    }
-
-    ToolTip.visible: hover.hovered
-    ToolTip.delay: 600
-    ToolTip.text: {
-        if (!root.action.enabled && root.disabledReason)
-            return root.disabledReason;
-        return root.action.keys ? qsTr("%1 (%2)").arg(root.action.text).arg(root.action.keys)
-                                : root.action.text;
+        onHoveredChanged: root.explain(hovered)
     }
 }

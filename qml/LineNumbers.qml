@@ -43,6 +43,7 @@ Rectangle {
     }
 
     Text {
+        objectName: "lineNumbers"
         y: root.yOf(root.firstRow)
         width: root.width - 4
         text: root.numbers(root.firstRow + 1, root.lastRow)

@@ -28,6 +28,6 @@ Loader {
     onWantedChanged: {
         // Later, since this may come before the properties while what it stands in is made.
         if (wanted)
-            Qt.callLater(make);
+            Qt.callLater(make); // qmllint disable
     }
 }

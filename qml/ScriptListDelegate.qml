@@ -1,5 +1,5 @@
 import QtQuick
-import QtQuick.Controls
+import QtQuick.Templates as T
 import OstrelEditor
 
 /// One script of the library: its name, editable in place. A name that is wider than the row shows
@@ -42,6 +42,18 @@ FocusScope {
     function restoreName() {
         renamed(nameBefore);
         leaveName();
+    }
+
+    /// Called instead of bound, so that a tooltip is made for what is pointed at alone.
+    function explain(wanted: bool) {
+        if (!wanted) {
+            T.ToolTip.hide();
+            return;
+        }
+        if (!elided.visible && !isHeld)
+            return;
+        T.ToolTip.delay = Theme.toolTipDelay;
+        T.ToolTip.show(isHeld ? qsTr("%1 (in the device)").arg(scriptName) : scriptName);
     }
 
     /// Gives the keyboard back to the list.
@@ -146,10 +158,6 @@ FocusScope {
     }
 
     HoverHandler {
-        id: hover
+        onHoveredChanged: root.explain(hovered)
     }
-
-    ToolTip.visible: hover.hovered && (elided.visible || isHeld)
-    ToolTip.delay: 600
-    ToolTip.text: isHeld ? qsTr("%1 (in the device)").arg(scriptName) : scriptName
 }

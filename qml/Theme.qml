@@ -24,6 +24,7 @@ QtObject {
     readonly property int tabStop: 20
     readonly property int buttonHeight: 30
     readonly property int barControlHeight: 26
+    readonly property int toolTipDelay: 600 ///< ms
 
     readonly property int labelPointSize: 16
     readonly property int titlePointSize: 18
