@@ -69,11 +69,11 @@ FocusScope {
     /// takes longer than a frame.
     function reuseOldest(scriptId: int): ScriptEditor {
         const page = pages.shift();
-        carets = Object.assign({}, carets, { [page.scriptId]: page.cursorPosition });
+        carets[page.scriptId] = page.cursorPosition;
         page.scriptId = scriptId;
         page.markedLine = 0;
         // Another text than before, whatever comes next: only that forgets what could be undone.
-        page.load(page.text + " ");
+        page.load(page.text === "" ? " " : "");
         return page;
     }
 
