@@ -27,6 +27,7 @@ Flickable {
     property int markedLine: 0 ///< whose number stands out until the next edit; 0 for none
     property TextFinder finder: null ///< whose places are tinted
     readonly property real textWidth: width - lineNumbers.width
+    readonly property bool hasPlace: textWidth > 0 && height > 0 ///< which comes late at the start
 
     /// The user changed the text.
     signal edited
@@ -62,6 +63,8 @@ Flickable {
     }
 
     function keepCursorVisible() {
+        if (!hasPlace)
+            return;
         const cursor = scriptTextArea.cursorRectangle;
         const margin = scriptTextArea.textMargin;
         scriptTextArea.keepLineVisible();
@@ -70,6 +73,8 @@ Flickable {
         else if (cursor.x < contentX)
             contentX = Math.max(0, cursor.x - margin);
     }
+
+    onHasPlaceChanged: keepCursorVisible()
 
     clip: true
     boundsBehavior: Flickable.StopAtBounds
@@ -109,6 +114,18 @@ Flickable {
             view.edited();
         }
         onCursorRectangleChanged: view.keepCursorVisible()
+
+        // A middle click pastes, and tabs become blanks as they do with Ctrl+V.
+        MouseArea {
+            anchors.fill: parent
+            acceptedButtons: Qt.MiddleButton
+            enabled: !scriptTextArea.readOnly
+            onClicked: mouse => {
+                view.edit();
+                scriptTextArea.cursorPosition = scriptTextArea.positionAt(mouse.x, mouse.y);
+                pythonKeys.pasteSelected(scriptTextArea.cursorPosition);
+            }
+        }
 
         /// True when that is done. What is none of these keys is left to the text area.
         function pressPythonKey(event: var): bool {

@@ -178,9 +178,18 @@ bool PythonKeys::deleteIndent(int position)
 
 void PythonKeys::paste(int start, int end)
 {
+    replaceBy(QGuiApplication::clipboard()->text(), start, end);
+}
+
+void PythonKeys::pasteSelected(int position)
+{
+    replaceBy(QGuiApplication::clipboard()->text(QClipboard::Selection), position, position);
+}
+
+void PythonKeys::replaceBy(QString text, int start, int end)
+{
     if (!m_document)
         return;
-    QString text = QGuiApplication::clipboard()->text();
     text.replace(u'\t', QString(IndentWidth, u' '));
     QTextCursor edit = cursor(start, end);
     edit.beginEditBlock();

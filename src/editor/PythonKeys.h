@@ -35,9 +35,12 @@ public:
     Q_INVOKABLE bool deleteIndent(int position);
     /// Replaces the selection by the clipboard's text, with blanks in the place of tabs.
     Q_INVOKABLE void paste(int start, int end);
+    /// The same, at `position`, with what is selected in any window, where the system has that.
+    Q_INVOKABLE void pasteSelected(int position);
 
 private:
     [[nodiscard]] QTextCursor cursor(int start, int end) const;
+    void replaceBy(QString text, int start, int end);
     /// Calls `edit` with a cursor at the beginning of each of the lines that a selection touches.
     /// One that ends before the first character of a line does not touch it.
     template <typename Edit>
