@@ -76,6 +76,14 @@ void measureTyping()
     bench::sample("typing", bench::Measured, typingTime(*ui.window(), *editor));
     require(ui.text("scriptTextArea") == script, "the keys did not reach the script");
 
+    // Eight hits a line, tinted as far as they are in view.
+    ui.pressCtrl(Qt::Key_F);
+    ui.type("xxxx");
+    require(ui.text("findCount").endsWith("of 1576"), "the find bar does not find");
+    editor->forceActiveFocus();
+    bench::sample("typing-find", bench::Measured, typingTime(*ui.window(), *editor));
+    require(ui.text("scriptTextArea") == script, "the keys did not reach the script");
+
     const BareText bare(*editor);
     bare.area->setProperty("text", script);
     bench::sample("typing", bench::Floor, typingTime(*bare.window, *bare.area));
