@@ -71,10 +71,10 @@ private slots:
         EditorProcess editor;
         // A type that the window is made of, and that cannot be read.
         const QString modules = editor.homePath("modules");
-        const QString layouts = modules + "/QtQuick/Layouts";
-        QVERIFY(writeFile(layouts + "/qmldir",
-                          "module QtQuick.Layouts\nRowLayout 1.0 RowLayout.qml\n"));
-        QVERIFY(writeFile(layouts + "/RowLayout.qml", "{"));
+        const QString controls = modules + "/QtQuick/Controls";
+        QVERIFY(writeFile(controls + "/qmldir",
+                          "module QtQuick.Controls\nSplitView 1.0 SplitView.qml\n"));
+        QVERIFY(writeFile(controls + "/SplitView.qml", "{"));
         editor.setEnvironment("QML_IMPORT_PATH", modules);
         QVERIFY(editor.start());
         QVERIFY(editor.process().waitForFinished(TimeoutMs));
