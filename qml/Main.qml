@@ -318,9 +318,8 @@ ApplicationWindow {
         editor.onEdited: rootWindow.takeEdit()
         scripts.onSelectionChanged: {
             // The start shows one script, once it is known which.
-            if (!rootWindow.started)
-                return;
-            rootWindow.updateScriptText();
+            if (rootWindow.started)
+                rootWindow.updateScriptText();
             scriptListModel.saveInBackground();
         }
         log.onErrorLineWanted: line => rootWindow.showError(line)
