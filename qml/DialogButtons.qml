@@ -4,9 +4,9 @@ import QtQuick.Templates as T
 
 /// The buttons of a dialog, in its middle. Return presses the one that has the focus.
 DialogButtonBox {
-    /// Gives the focus to the Ok button, and shows that.
-    function focusOk() {
-        const button = standardButton(Dialog.Ok) as T.AbstractButton;
+    /// Gives the focus to one of the buttons, Dialog.Ok for example, and shows that.
+    function focusOn(which: int) {
+        const button = standardButton(which) as T.AbstractButton;
         button.forceActiveFocus(Qt.TabFocusReason);
         // One that had the focus when the dialog was closed got it back when it opened.
         button.focusReason = Qt.TabFocusReason;

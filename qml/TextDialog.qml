@@ -17,7 +17,7 @@ Dialog {
     focus: true
     closePolicy: Popup.NoAutoClose
 
-    onOpened: buttons.focusOk()
+    onOpened: buttons.focusOn(Dialog.Ok)
 
     footer: DialogButtons {
         id: buttons
