@@ -1,3 +1,4 @@
+#include "midi/QtRtMIDI.h"
 #include "settings/SettingsTransfer.h"
 #include "support/Rows.h"
 #include "ui/BoxWindow.h"
@@ -247,10 +248,15 @@ private slots:
     {
         WindowWithBox ui({"--name", "Stage", "--sysex-id", "5", "--mode", "0"});
         QVERIFY(connectTo(ui, "Stage:5"));
-        QVERIFY(openSettings(ui));
-        ui.type("Discarded");
-        ui.press(Qt::Key_Escape);
-        QVERIFY(ui.closes("globalSettingsWindow"));
+        for (const bool byKeyboard : {true, false}) {
+            QVERIFY(openSettings(ui));
+            ui.type("Discarded");
+            if (byKeyboard)
+                ui.press(Qt::Key_Escape);
+            else
+                ui.click("settingsCancelButton");
+            QVERIFY(ui.closes("globalSettingsWindow"));
+        }
         QVERIFY(openSettings(ui));
         QCOMPARE(ui.text("displayNameInput"), "Stage");
         QCOMPARE(ui.value("sysexIdBox", "value").toInt(), 5);
@@ -313,7 +319,7 @@ private slots:
         }
     }
 
-    void saysThatSettingsCannotBeWritten()
+    void saysThatTheBoxOfTheSettingsIsGone()
     {
         WindowWithBox ui;
         QVERIFY(connectTo(ui, "Ostrel:0"));
@@ -324,6 +330,32 @@ private slots:
         QVERIFY(openSettings(ui));
         QVERIFY(ui.box.obeys("unplug", "^unplugged"));
         QTRY_COMPARE_WITH_TIMEOUT(chosen(ui), NotConnected, WindowFixture::TimeoutMs);
+        QVERIFY(ui.item("deviceGoneNote"));
+        ui.takePicture("settings-gone");
+
+        // Another one might have come.
+        QVERIFY(ui.box.obeys("plug", "^plugged"));
+        QTRY_COMPARE_WITH_TIMEOUT(chosen(ui), "Ostrel:0", WindowFixture::TimeoutMs);
+        QVERIFY(ui.item("deviceGoneNote"));
+        ui.click("settingsDoneButton");
+        ui.press(Qt::Key_Return); // in the name
+        QVERIFY(ui.isOpen("globalSettingsWindow"));
+        QVERIFY(!ui.isOpen("settingsMessageDialog"));
+        QCOMPARE(ui.box.lines().filter("received block-write").size(), 1);
+        ui.press(Qt::Key_Escape);
+        QVERIFY(ui.closes("globalSettingsWindow"));
+        QVERIFY(openSettings(ui));
+        QVERIFY(!ui.item("deviceGoneNote"));
+        QVERIFY(ui.item("settingsDoneButton")->isEnabled());
+    }
+
+    void saysThatSettingsCannotBeWritten()
+    {
+        const WindowWithBox ui;
+        QVERIFY(connectTo(ui, "Ostrel:0"));
+        QVERIFY(openSettings(ui));
+        // Before the window could notice that the box is gone.
+        ui.window()->findChild<QtRtMIDI *>()->closePort();
         ui.click("settingsDoneButton");
         QTRY_VERIFY(ui.itemSaying(WriteError));
         ui.press(Qt::Key_Return);
