@@ -11,6 +11,8 @@ Item {
     required property url icon
     property string disabledReason: ""
 
+    readonly property string whyDisabled: action.enabled ? "" : disabledReason
+
     property int hitMargin: 4
 
     implicitWidth: image.implicitWidth
@@ -42,6 +44,7 @@ Item {
 
         Accessible.role: Accessible.Button
         Accessible.name: root.action.text
+        Accessible.description: root.whyDisabled
 
         /// With Ctrl the key means something else, even where that cannot be done.
         function pressBy(event: var) {
@@ -70,8 +73,8 @@ Item {
     ToolTip.visible: hover.hovered
     ToolTip.delay: 600
     ToolTip.text: {
-        if (!root.action.enabled && root.disabledReason)
-            return root.disabledReason;
+        if (root.whyDisabled)
+            return root.whyDisabled;
         return root.action.keys ? qsTr("%1 (%2)").arg(root.action.text).arg(root.action.keys)
                                 : root.action.text;
     }

@@ -21,6 +21,8 @@ Dialog {
 
     footer: DialogButtons {
         id: buttons
+
+        spokenName: root.text
     }
 
     background: Rectangle {

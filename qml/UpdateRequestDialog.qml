@@ -26,6 +26,8 @@ Dialog {
     standardButtons: Dialog.Ok | Dialog.Cancel
     footer: DialogButtons {
         id: buttons
+
+        spokenName: (root.question + " " + root.note).trim()
     }
 
     background: Rectangle {

@@ -66,6 +66,10 @@ public:
     [[nodiscard]] QString focusedName() const;
     /// What assistive technology finds in the window: the names, with what bears them.
     [[nodiscard]] QMultiMap<QString, QAccessible::Role> accessibleNames() const;
+    [[nodiscard]] QAccessibleInterface *accessible(const QString &name,
+                                                   QAccessible::Role role) const;
+    /// What can be pressed or have the keyboard, and has no name for assistive technology.
+    [[nodiscard]] QString namelessControls() const;
 
     // What a user does. A missing item fails the test.
 
@@ -98,6 +102,7 @@ private:
     [[nodiscard]] QQuickWindow *front() const { return windowsFromFront().first(); }
     /// With the keyboard, which a window manager would give it when one in front of it closes.
     [[nodiscard]] QQuickWindow *activeFront() const;
+    [[nodiscard]] QList<QAccessibleInterface *> accessibleTree() const;
     [[nodiscard]] QQuickItem *find(const std::function<bool(QQuickItem *)> &wanted) const;
 
     LibraryHome m_home;

@@ -36,6 +36,7 @@ private slots:
         QCOMPARE(chosen(ui), NotConnected);
         for (const char *icon : {"readIcon", "sendIcon", "settingsIcon"}) {
             QCOMPARE(ui.iconOpacity(icon), 0.2);
+            QVERIFY(isReportedDisabled(ui.item(icon + QString("Button"))));
             ui.hover(icon);
             QTRY_VERIFY2(ui.itemSaying("Connect a device first"), icon);
             ui.click(icon);
@@ -65,28 +66,62 @@ private slots:
                  "Message log");
     }
 
-    /// Buttons with a text and dialogs with a title are not listed: they take their names from
-    /// these, but only while somebody listens.
     void hasNamesForAssistiveTechnology()
     {
-        const WindowWithBox ui({}, OneScript);
+        const WindowWithBox ui({},
+                               WindowFixture::Library{{"mine", ""}, {"huge", QString(8000, '#')}});
         QVERIFY(connectTo(ui, "Ostrel:0"));
         QVERIFY(offers(ui, QAccessible::ComboBox, {"Device"}));
+        QCOMPARE(ui.accessible("Device", QAccessible::ComboBox)->text(QAccessible::Description),
+                 "Ostrel:0");
+        QVERIFY(offers(ui, QAccessible::StaticText, {"Ostrel:0"}));
         QVERIFY(offers(ui, QAccessible::List, {"Available Scripts"}));
-        QVERIFY(offers(ui, QAccessible::ListItem, {"mine"}));
+        QVERIFY(offers(ui, QAccessible::ListItem, {"mine", "huge"}));
+        QCOMPARE(selectedRows(ui, {"mine", "huge"}), QStringList("mine"));
         QVERIFY(offers(ui, QAccessible::Button,
                        {"Sort scripts", "Delete script", "Add script", "Settings",
                         "Download Scripts", "Read Guide", "Read Script", "Send Script", "Clear"}));
         QVERIFY(offers(ui, QAccessible::EditableText, {"Script editor", "Message log"}));
+        for (const char *text : {"Script editor", "Message log"})
+            QVERIFY2(ui.accessible(text, QAccessible::EditableText)->state().multiLine, text);
+        ui.pressCtrl(Qt::Key_F);
+        ui.click("scriptTextArea");
+        ui.pressCtrl(Qt::Key_H);
+        ui.pressCtrl(Qt::Key_G);
+        QVERIFY(offers(ui, QAccessible::EditableText,
+                       {"Find scripts by name or text", "Replace by", "Go to line"}));
+        QCOMPARE(ui.namelessControls(), "");
+        ui.click("connectedDeviceComboBox");
+        QVERIFY(offers(ui, QAccessible::ListItem, {ScanEntry, "Ostrel:0"}));
+        QCOMPARE(selectedRows(ui, {ScanEntry, "Ostrel:0"}), QStringList("Ostrel:0"));
+        ui.press(Qt::Key_Escape);
+        ui.click("minusIcon");
+        QVERIFY(offers(ui, QAccessible::Dialog, {"Delete script 'mine'?"}));
+        QCOMPARE(ui.namelessControls(), "");
+        ui.click(ui.itemSaying("Cancel"));
+        QVERIFY(ui.closes("okCancelDialog"));
+        ui.click(ui.itemSaying("huge"));
+        QVERIFY(offers(ui, QAccessible::StaticText,
+                       {"Script exceeds maximum allowable length (6900 bytes)"}));
+        QCOMPARE(ui.namelessControls(), "");
+        ui.press(Qt::Key_Return);
+        QVERIFY(ui.closes("messageDialog"));
+        QCOMPARE(selectedRows(ui, {"mine", "huge"}), QStringList("huge"));
         QVERIFY(openSettings(ui));
         QVERIFY(offers(ui, QAccessible::Dialog, {"Global Settings"}));
         QVERIFY(offers(ui, QAccessible::EditableText, {"Display Name"}));
         QVERIFY(offers(ui, QAccessible::SpinBox, {"Sysex ID"}));
         QVERIFY(offers(ui, QAccessible::ComboBox, {"Mode"}));
+        QVERIFY(offers(ui, QAccessible::StaticText, {"Python Script"}));
+        QCOMPARE(ui.namelessControls(), "");
+        ui.click("modeChooser");
+        QVERIFY(offers(ui, QAccessible::ListItem, {"Merge/Thru", "USB MIDI", "Python Script"}));
+        ui.press(Qt::Key_Escape);
         ui.press(Qt::Key_Escape);
         QVERIFY(ui.closes("globalSettingsWindow"));
         ui.press(Qt::Key_F1);
         QVERIFY(offers(ui, QAccessible::Dialog, {"Guide"}));
+        QCOMPARE(ui.namelessControls(), "");
     }
 
     void choosesAmongBoxes()
@@ -369,6 +404,23 @@ private:
         while (item && !item->property("visualFocus").isValid())
             item = item->parentItem();
         return item && item->property("visualFocus").toBool();
+    }
+
+    /// Whether assistive technology hears that a button cannot be used, and why.
+    static bool isReportedDisabled(QQuickItem *button)
+    {
+        const QAccessibleInterface *const shown = QAccessible::queryAccessibleInterface(button);
+        // Qt 6.4 does not say of any control that it is disabled.
+        return shown && (QT_VERSION < QT_VERSION_CHECK(6, 8, 0) || shown->state().disabled) &&
+               shown->text(QAccessible::Description) == "Connect a device first";
+    }
+
+    static QStringList selectedRows(const WindowFixture &ui, QStringList rows)
+    {
+        rows.removeIf([&](const QString &row) {
+            return !ui.accessible(row, QAccessible::ListItem)->state().selected;
+        });
+        return rows;
     }
 
     /// Whether the tooltips of icons say what is expected. The pointer lights the icons up.

@@ -91,6 +91,9 @@ private slots:
         QVERIFY(names.contains("Download Scripts", QAccessible::Dialog));
         QVERIFY(names.contains("Download list", QAccessible::List));
         QVERIFY(names.contains("Script notes", QAccessible::EditableText));
+        QVERIFY(ui.accessible("Echo", QAccessible::ListItem)->state().selected);
+        QVERIFY(!ui.accessible("<b>Tap</b>", QAccessible::ListItem)->state().selected);
+        QCOMPARE(ui.namelessControls(), "");
         QCOMPARE(ui.text("downloadNotesArea"), notes);
         ui.takePicture("download");
         ui.click(ui.itemSaying("<b>Tap</b>"));

@@ -18,7 +18,13 @@ private slots:
         WindowWithBox ui({"--version", "1.1.0"});
         QVERIFY(offerUpdate(ui));
         QVERIFY(ui.itemSaying("Update Needed"));
-        QVERIFY(ui.accessibleNames().contains("Update Needed", QAccessible::StaticText));
+        QVERIFY(
+            ui.accessible("This device needs a firmware update to work with this version of the "
+                          "editor. Ok to proceed with the update? This build carries a test "
+                          "image, for the simulated device only. It would leave a real device "
+                          "without working firmware.",
+                          QAccessible::Dialog));
+        QCOMPARE(ui.namelessControls(), "");
         ui.takePicture("update-needed");
         ui.press(Qt::Key_Escape);
         QVERIFY(isAsking(ui));
@@ -50,7 +56,8 @@ private slots:
                                      ui.text("updateAmountText").contains(amount),
                                  WindowFixture::TimeoutMs);
         const auto names = ui.accessibleNames();
-        QVERIFY(names.contains("Firmware Update", QAccessible::StaticText));
+        QVERIFY(names.contains("Firmware Update: Update in progress", QAccessible::Dialog));
+        QCOMPARE(ui.namelessControls(), "");
         QVERIFY(names.contains("Status", QAccessible::StaticText));
         QVERIFY(names.contains("Progress", QAccessible::ProgressBar));
         ui.takePicture("update-progress");
