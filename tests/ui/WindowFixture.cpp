@@ -240,14 +240,6 @@ QString WindowFixture::focusedName() const
     return {};
 }
 
-QMultiMap<QString, QAccessible::Role> WindowFixture::accessibleNames() const
-{
-    QMultiMap<QString, QAccessible::Role> names;
-    for (const QAccessibleInterface *shown : accessibleTree())
-        names.insert(shown->text(QAccessible::Name), shown->role());
-    return names;
-}
-
 QAccessibleInterface *WindowFixture::accessible(const QString &name, QAccessible::Role role) const
 {
     const QList<QAccessibleInterface *> tree = accessibleTree();

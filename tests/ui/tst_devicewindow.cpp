@@ -71,17 +71,11 @@ private slots:
         const WindowWithBox ui({},
                                WindowFixture::Library{{"mine", ""}, {"huge", QString(8000, '#')}});
         QVERIFY(connectTo(ui, "Ostrel:0"));
-        QVERIFY(offers(ui, QAccessible::ComboBox, {"Device"}));
         QCOMPARE(ui.accessible("Device", QAccessible::ComboBox)->text(QAccessible::Description),
                  "Ostrel:0");
         QVERIFY(offers(ui, QAccessible::StaticText, {"Ostrel:0"}));
         QVERIFY(offers(ui, QAccessible::List, {"Available Scripts"}));
-        QVERIFY(offers(ui, QAccessible::ListItem, {"mine", "huge"}));
         QCOMPARE(selectedRows(ui, {"mine", "huge"}), QStringList("mine"));
-        QVERIFY(offers(ui, QAccessible::Button,
-                       {"Sort scripts", "Delete script", "Add script", "Settings",
-                        "Download Scripts", "Read Guide", "Read Script", "Send Script", "Clear"}));
-        QVERIFY(offers(ui, QAccessible::EditableText, {"Script editor", "Message log"}));
         for (const char *text : {"Script editor", "Message log"})
             QVERIFY2(ui.accessible(text, QAccessible::EditableText)->state().multiLine, text);
         ui.pressCtrl(Qt::Key_F);
@@ -109,9 +103,6 @@ private slots:
         QCOMPARE(selectedRows(ui, {"mine", "huge"}), QStringList("huge"));
         QVERIFY(openSettings(ui));
         QVERIFY(offers(ui, QAccessible::Dialog, {"Global Settings"}));
-        QVERIFY(offers(ui, QAccessible::EditableText, {"Display Name"}));
-        QVERIFY(offers(ui, QAccessible::SpinBox, {"Sysex ID"}));
-        QVERIFY(offers(ui, QAccessible::ComboBox, {"Mode"}));
         QVERIFY(offers(ui, QAccessible::StaticText, {"Python Script"}));
         QCOMPARE(ui.namelessControls(), "");
         ui.click("modeChooser");
@@ -438,7 +429,7 @@ private:
     {
         return std::ranges::all_of(names, [&](const QString &name) {
             const bool found =
-                QTest::qWaitFor([&] { return ui.accessibleNames().contains(name, role); });
+                QTest::qWaitFor([&] { return ui.accessible(name, role) != nullptr; });
             if (!found)
                 qInfo() << "nothing is called" << name;
             return found;
