@@ -4,9 +4,13 @@ import QtQuick.Templates as T
 
 /// The buttons of a dialog, in its middle. Return presses the one that has the focus.
 DialogButtonBox {
-    /// Gives the focus to the Ok button, and shows that.
-    function focusOk() {
-        const button = standardButton(Dialog.Ok) as T.AbstractButton;
+    id: root
+
+    required property string spokenName ///< of the dialog, for assistive technology
+
+    /// Gives the focus to one of the buttons, Dialog.Ok for example, and shows that.
+    function focusOn(which: int) {
+        const button = standardButton(which) as T.AbstractButton;
         button.forceActiveFocus(Qt.TabFocusReason);
         // One that had the focus when the dialog was closed got it back when it opened.
         button.focusReason = Qt.TabFocusReason;
@@ -25,6 +29,9 @@ DialogButtonBox {
     bottomPadding: 15
     background: null
     delegate: PlainButton {}
+
+    // A dialog cannot declare it: it is no item, but has one, whose parts are below it.
+    Component.onCompleted: parent.Accessible.name = Qt.binding(() => root.spokenName)
 
     Keys.onReturnPressed: pressFocused()
     Keys.onEnterPressed: pressFocused()

@@ -71,6 +71,8 @@ ListView {
 
         Accessible.role: Accessible.ListItem
         Accessible.name: row.scriptName
+        Accessible.selectable: true
+        Accessible.selected: ListView.isCurrentItem
         Accessible.description: ownedMark.visible ? ownedMark.explanation : ""
 
         Label {

@@ -4,11 +4,14 @@ import QtQuick.Layouts
 import OstrelEditor
 
 /// Edits the connected box's global settings: name, sysex ID and mode. Covers the main window; what
-/// was changed reaches the box with Done only.
+/// was changed reaches the box with Done only. A box that is gone meanwhile may come back as another
+/// one, so what was read is not written then, until it is read anew.
 Popup {
     id: root
 
     required property CppInterface globals
+    required property bool deviceConnected
+    property bool deviceGone: false ///< since this was opened
 
     signal globalSettingsUpdated
 
@@ -25,6 +28,8 @@ Popup {
     }
 
     function apply() {
+        if (deviceGone)
+            return;
         if (!globals.writeGlobals()) {
             fail(qsTr("Error writing settings to device."));
             return;
@@ -38,6 +43,13 @@ Popup {
         messageDialog.open();
     }
 
+    function loseDevice() {
+        const hadFocus = doneButton.activeFocus;
+        deviceGone = true;
+        if (hadFocus)
+            cancelButton.forceActiveFocus(Qt.TabFocusReason);
+    }
+
     objectName: "globalSettingsWindow"
     parent: Overlay.overlay // the header too is covered
     width: parent?.width ?? 0
@@ -49,8 +61,14 @@ Popup {
     padding: 0
     background: WindowBackground {}
 
+    onAboutToShow: deviceGone = false
     // Not earlier: a popup that is still opening takes the focus from the message of a failure.
     onOpened: load()
+    onDeviceConnectedChanged: {
+        // A message that is open says what failed, and ends with the window.
+        if (visible && !deviceConnected && !messageDialog.visible)
+            loseDevice();
+    }
 
     ColumnLayout {
         anchors.fill: parent
@@ -70,6 +88,8 @@ Popup {
             Layout.fillHeight: true
 
             RowLayout {
+                id: fields
+
                 anchors.centerIn: parent
                 width: Math.min(implicitWidth, parent.width - 40)
                 spacing: 5
@@ -143,6 +163,24 @@ Popup {
                     onActivated: root.globals.setOperatingMode(Number(currentValue))
                 }
             }
+
+            Label {
+                id: goneNote
+
+                objectName: "deviceGoneNote"
+                anchors.top: fields.bottom
+                anchors.topMargin: 40
+                anchors.horizontalCenter: parent.horizontalCenter
+                width: Math.min(implicitWidth, parent.width - 40)
+                visible: root.deviceGone
+                text: qsTr("The device is gone, so nothing can be written. Open this window again once it is back.")
+                wrapMode: Text.Wrap
+                horizontalAlignment: Text.AlignHCenter
+                color: Theme.warningColor
+
+                Accessible.role: Accessible.AlertMessage
+                Accessible.name: text
+            }
         }
 
         Item {
@@ -150,12 +188,33 @@ Popup {
             implicitHeight: Theme.titleBarHeight
 
             PlainButton {
+                id: cancelButton
+
+                objectName: "settingsCancelButton"
+                anchors.right: doneButton.left
+                anchors.rightMargin: 10
+                anchors.verticalCenter: parent.verticalCenter
+                height: Theme.buttonHeight
+                text: qsTr("Cancel")
+
+                Keys.onReturnPressed: clicked()
+                Keys.onEnterPressed: clicked()
+                onClicked: root.close()
+            }
+
+            PlainButton {
+                id: doneButton
+
                 objectName: "settingsDoneButton"
                 anchors.right: parent.right
                 anchors.rightMargin: 20
                 anchors.verticalCenter: parent.verticalCenter
                 height: Theme.buttonHeight
                 text: qsTr("Done")
+                enabled: !root.deviceGone
+
+                Accessible.description: enabled ? "" : goneNote.text
+
                 // A click on it takes the focus from the sysex ID, which then takes what was typed.
                 focusPolicy: Qt.StrongFocus
 

@@ -11,6 +11,8 @@ Item {
     required property url icon
     property string disabledReason: ""
 
+    readonly property string whyDisabled: action.enabled ? "" : disabledReason
+
     property int hitMargin: 4
 
     /// Called instead of bound, so that a tooltip is made for what is pointed at alone.
@@ -21,7 +23,7 @@ Item {
         }
         const name = action.keys ? qsTr("%1 (%2)").arg(action.text).arg(action.keys) : action.text;
         T.ToolTip.delay = Theme.toolTipDelay;
-        T.ToolTip.show(!action.enabled && disabledReason ? disabledReason : name);
+        T.ToolTip.show(whyDisabled || name);
     }
 
     implicitWidth: image.implicitWidth
@@ -53,6 +55,7 @@ Item {
 
         Accessible.role: Accessible.Button
         Accessible.name: root.action.text
+        Accessible.description: root.whyDisabled
 
         /// With Ctrl the key means something else, even where that cannot be done.
         function pressBy(event: var) {

@@ -365,7 +365,7 @@ ApplicationWindow {
         id: globalSettingsWindow
 
         document: "GlobalSettingsWindow.qml"
-        properties: ({ globals: rootWindow.globals })
+        properties: ({ globals: rootWindow.globals, deviceConnected: Qt.binding(() => rootWindow.connectedDevice !== -1) })
     }
 
     Connections {

@@ -66,6 +66,8 @@ FocusScope {
 
     Accessible.role: Accessible.ListItem
     Accessible.name: root.scriptName
+    Accessible.selectable: true
+    Accessible.selected: ListView.isCurrentItem
     Accessible.description: isHeld ? qsTr("in the device") : ""
 
     // Not a TapHandler, which a press in a window that covers this one reaches as well.

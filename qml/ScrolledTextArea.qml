@@ -40,6 +40,10 @@ T.TextArea {
         color: root.palette.base
     }
 
+    Accessible.role: Accessible.EditableText
+    Accessible.multiLine: true
+    Accessible.readOnly: readOnly
+
     Keys.onPressed: event => {
         const isPageKey = event.key === Qt.Key_PageUp || event.key === Qt.Key_PageDown;
         const modifiers = event.modifiers & ~Qt.KeypadModifier;

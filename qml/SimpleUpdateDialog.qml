@@ -61,7 +61,9 @@ Dialog {
     focus: true
     closePolicy: Popup.NoAutoClose
     standardButtons: Dialog.Cancel
-    footer: DialogButtons {}
+    footer: DialogButtons {
+        spokenName: root.statusText ? qsTr("%1: %2").arg(root.title).arg(root.statusText) : root.title
+    }
 
     background: Rectangle {
         color: root.palette.dark

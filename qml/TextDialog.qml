@@ -17,10 +17,12 @@ Dialog {
     focus: true
     closePolicy: Popup.NoAutoClose
 
-    onOpened: buttons.focusOk()
+    onOpened: buttons.focusOn(Dialog.Ok)
 
     footer: DialogButtons {
         id: buttons
+
+        spokenName: root.text
     }
 
     background: Rectangle {

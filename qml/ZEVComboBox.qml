@@ -21,6 +21,10 @@ ComboBox {
     }
 
     wheelEnabled: Qt.platform.os !== "ios"
+
+    // Its name says what is chosen here.
+    Accessible.description: displayText
+
     // On release, since a list that is open by then takes the release for a choice.
     Keys.onPressed: event => {
         opensOnRelease = isReturn(event) && !popup.visible;
@@ -70,6 +74,9 @@ ComboBox {
         verticalAlignment: Text.AlignVCenter
         font: control.font
         color: control.palette.buttonText
+
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
     }
 
     delegate: ItemDelegate {
@@ -84,9 +91,15 @@ ComboBox {
         leftPadding: 10
         rightPadding: 10
         highlighted: control.highlightedIndex === index
+        text: model[control.textRole]
+
+        Accessible.role: Accessible.ListItem
+        Accessible.name: text
+        Accessible.selectable: true
+        Accessible.selected: highlighted
 
         contentItem: Text {
-            text: entry.model[control.textRole]
+            text: entry.text
             textFormat: Text.PlainText
             elide: Text.ElideRight
             verticalAlignment: Text.AlignVCenter

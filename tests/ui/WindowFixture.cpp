@@ -39,13 +39,31 @@ QString nameOf(QQuickItem *item)
     return shown ? shown->text(QAccessible::Name) : QString();
 }
 
-void collectNames(const QAccessibleInterface *shown, QMultiMap<QString, QAccessible::Role> &names)
+void collectShown(QAccessibleInterface *top, QList<QAccessibleInterface *> &shown)
 {
-    if (!shown || shown->state().invisible)
+    if (!top || top->state().invisible)
         return;
-    names.insert(shown->text(QAccessible::Name), shown->role());
-    for (int i = 0; i < shown->childCount(); ++i)
-        collectNames(shown->child(i), names);
+    shown << top;
+    for (int i = 0; i < top->childCount(); ++i)
+        collectShown(top->child(i), shown);
+}
+
+bool isControl(QAccessibleInterface *shown)
+{
+    // Texts can be reached as well; what scroll bars do, the keys do where the keyboard is.
+    if (shown->role() == QAccessible::StaticText || shown->role() == QAccessible::ScrollBar)
+        return false;
+    QAccessibleActionInterface *const actions = shown->actionInterface();
+    return shown->state().focusable ||
+           (actions && actions->actionNames().contains(QAccessibleActionInterface::pressAction()));
+}
+
+bool hasName(const QAccessibleInterface *shown)
+{
+    // Buttons with a text take their names from it, but only while somebody listens.
+    return !shown->text(QAccessible::Name).isEmpty() ||
+           (shown->role() == QAccessible::Button &&
+            !shown->object()->property("text").toString().isEmpty());
 }
 
 QString textBelow(const QQuickItem *item)
@@ -222,11 +240,33 @@ QString WindowFixture::focusedName() const
     return {};
 }
 
-QMultiMap<QString, QAccessible::Role> WindowFixture::accessibleNames() const
+QAccessibleInterface *WindowFixture::accessible(const QString &name, QAccessible::Role role) const
 {
-    QMultiMap<QString, QAccessible::Role> names;
-    collectNames(QAccessible::queryAccessibleInterface(m_window), names);
-    return names;
+    const QList<QAccessibleInterface *> tree = accessibleTree();
+    const auto found = std::ranges::find_if(tree, [&](const QAccessibleInterface *shown) {
+        return shown->role() == role && shown->text(QAccessible::Name) == name;
+    });
+    return found == tree.end() ? nullptr : *found;
+}
+
+QString WindowFixture::namelessControls() const
+{
+    QStringList nameless;
+    for (QAccessibleInterface *shown : accessibleTree()) {
+        if (isControl(shown) && !hasName(shown))
+            nameless << shown->object()->metaObject()->className() + shown->object()->objectName();
+    }
+    return nameless.join(QStringLiteral(", "));
+}
+
+QList<QAccessibleInterface *> WindowFixture::accessibleTree() const
+{
+    // Or controls that say nothing of themselves would be missing.
+    QAccessible::setActive(true);
+    QList<QAccessibleInterface *> shown;
+    for (QQuickWindow *window : windowsFromFront())
+        collectShown(QAccessible::queryAccessibleInterface(window), shown);
+    return shown;
 }
 
 void WindowFixture::click(QQuickItem *item) const

@@ -6,7 +6,6 @@
 #include "unit/scripts/LibraryHome.h"
 
 #include <QAccessible>
-#include <QMultiMap>
 #include <QQmlApplicationEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -64,8 +63,11 @@ public:
     /// The texts of a list's rows from top to bottom.
     [[nodiscard]] QStringList rows(const QString &listName) const;
     [[nodiscard]] QString focusedName() const;
-    /// What assistive technology finds in the window: the names, with what bears them.
-    [[nodiscard]] QMultiMap<QString, QAccessible::Role> accessibleNames() const;
+    /// What assistive technology finds under a name.
+    [[nodiscard]] QAccessibleInterface *accessible(const QString &name,
+                                                   QAccessible::Role role) const;
+    /// What can be pressed or have the keyboard, and has no name for assistive technology.
+    [[nodiscard]] QString namelessControls() const;
 
     // What a user does. A missing item fails the test.
 
@@ -98,6 +100,7 @@ private:
     [[nodiscard]] QQuickWindow *front() const { return windowsFromFront().first(); }
     /// With the keyboard, which a window manager would give it when one in front of it closes.
     [[nodiscard]] QQuickWindow *activeFront() const;
+    [[nodiscard]] QList<QAccessibleInterface *> accessibleTree() const;
     [[nodiscard]] QQuickItem *find(const std::function<bool(QQuickItem *)> &wanted) const;
 
     LibraryHome m_home;

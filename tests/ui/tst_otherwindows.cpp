@@ -87,10 +87,12 @@ private slots:
         QTRY_VERIFY(ui.isOpen("downloadScriptWindow"));
         QTRY_COMPARE(ui.rows("downloadScriptListView"), QStringList({"Echo", "<b>Tap</b>"}));
         QVERIFY(ui.showsLiterally("<b>Tap</b>"));
-        const auto names = ui.accessibleNames();
-        QVERIFY(names.contains("Download Scripts", QAccessible::Dialog));
-        QVERIFY(names.contains("Download list", QAccessible::List));
-        QVERIFY(names.contains("Script notes", QAccessible::EditableText));
+        QVERIFY(ui.accessible("Download Scripts", QAccessible::Dialog));
+        QVERIFY(ui.accessible("Download list", QAccessible::List));
+        QVERIFY(ui.accessible("Script notes", QAccessible::EditableText));
+        QVERIFY(ui.accessible("Echo", QAccessible::ListItem)->state().selected);
+        QVERIFY(!ui.accessible("<b>Tap</b>", QAccessible::ListItem)->state().selected);
+        QCOMPARE(ui.namelessControls(), "");
         QCOMPARE(ui.text("downloadNotesArea"), notes);
         ui.takePicture("download");
         ui.click(ui.itemSaying("<b>Tap</b>"));

@@ -18,12 +18,20 @@ private slots:
         WindowWithBox ui({"--version", "1.1.0"});
         QVERIFY(offerUpdate(ui));
         QVERIFY(ui.itemSaying("Update Needed"));
-        QVERIFY(ui.accessibleNames().contains("Update Needed", QAccessible::StaticText));
+        QVERIFY(
+            ui.accessible("This device needs a firmware update to work with this version of the "
+                          "editor. Ok to proceed with the update? This build carries a test "
+                          "image, for the simulated device only. It would leave a real device "
+                          "without working firmware.",
+                          QAccessible::Dialog));
+        QCOMPARE(ui.namelessControls(), "");
         ui.takePicture("update-needed");
         ui.press(Qt::Key_Escape);
         QVERIFY(isAsking(ui));
-        ui.click(ui.itemSaying("Cancel"));
+        QVERIFY(ui.item("testImageNote"));
+        ui.press(Qt::Key_Return);
         QTRY_VERIFY(!isAsking(ui));
+        QVERIFY(!ui.isOpen("updateDialog"));
         QCOMPARE(ui.focusedName(), "Device");
         QCOMPARE(chosen(ui), NotConnected);
         QCOMPARE(ui.value("connectedDeviceComboBox", "currentIndex").toInt(), 0);
@@ -47,16 +55,17 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(ui.item("updateAmountText") &&
                                      ui.text("updateAmountText").contains(amount),
                                  WindowFixture::TimeoutMs);
-        const auto names = ui.accessibleNames();
-        QVERIFY(names.contains("Firmware Update", QAccessible::StaticText));
-        QVERIFY(names.contains("Status", QAccessible::StaticText));
-        QVERIFY(names.contains("Progress", QAccessible::ProgressBar));
+        QVERIFY(ui.accessible("Firmware Update: Update in progress", QAccessible::Dialog));
+        QCOMPARE(ui.namelessControls(), "");
+        QVERIFY(ui.accessible("Status", QAccessible::StaticText));
+        QVERIFY(ui.accessible("Progress", QAccessible::ProgressBar));
         ui.takePicture("update-progress");
         QVERIFY(cancelClosesTheDialog(ui));
         QVERIFY(ui.box.waitForLine("^received update-cancel"));
 
         // The next one is not cancelled by a key that was meant for the question before it.
         QVERIFY(offerUpdate(ui));
+        ui.press(Qt::Key_Tab); // from Cancel to OK
         ui.hold(Qt::Key_Return);
         QTRY_VERIFY(ui.isOpen("updateDialog"));
         ui.press(Qt::Key_Return);
@@ -100,6 +109,12 @@ private slots:
     {
         WindowWithBox ui({"--version", "1.1.0", "--restart-ms", "200"});
         QVERIFY(offerUpdate(ui));
+        ui.click(ui.itemSaying("Cancel"));
+        QTRY_VERIFY(!isAsking(ui));
+        // As in a build with a maker's image.
+        QVERIFY(ui.object("updateRequestDialog")->setProperty("carriesTestImage", false));
+        QVERIFY(offerUpdate(ui));
+        QVERIFY(!ui.item("testImageNote"));
         ui.press(Qt::Key_Return);
         QTRY_VERIFY(ui.isOpen("updateDialog"));
         QVERIFY(ui.box.waitForLine("^started bootloader"));
