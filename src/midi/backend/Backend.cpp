@@ -125,8 +125,8 @@ std::vector<RtMidi::Api> candidates(ErrorText &error)
 struct Backend::Input
 {
     Input(RtMidi::Api api, const std::string &name, Receiver onMessage)
-        : client(api, name)
-        , receiver(std::move(onMessage))
+        : receiver(std::move(onMessage))
+        , client(api, name)
     {
         client.ignoreTypes(false, true, true);
 #ifdef OSTREL_RTMIDI_HAS_SET_BUFFER_SIZE
@@ -138,8 +138,8 @@ struct Backend::Input
                            this);
     }
 
+    Receiver receiver; ///< there before the client starts the thread that calls it
     RtMidiIn client;
-    Receiver receiver;
 };
 
 Backend::Backend() = default;

@@ -18,7 +18,7 @@ constexpr std::uint8_t gather(std::uint8_t byte, std::size_t position)
 /// The other way round.
 constexpr std::uint8_t restore(std::uint8_t byte, std::uint8_t topBits, std::size_t position)
 {
-    return static_cast<std::uint8_t>(byte | ((topBits << (position + 1)) & 0x80U));
+    return static_cast<std::uint8_t>(byte | ((unsigned{topBits} << (position + 1)) & 0x80U));
 }
 
 } // namespace
