@@ -1,13 +1,11 @@
 import QtQuick
-import ConnectedDevices
 import OstrelEditor
 
 /// The bar on top of the window: the device chooser and the program's title.
 Rectangle {
     id: root
 
-    required property FirmwareUpdate firmwareUpdateObj
-    required property ConnectedDeviceListModel listModel
+    required property DeviceSession session
 
     property alias chooser: connectedDeviceComboBox
 
@@ -20,8 +18,7 @@ Rectangle {
         anchors.left: parent.left
         anchors.leftMargin: 10
         anchors.verticalCenter: parent.verticalCenter
-        firmwareUpdateObj: root.firmwareUpdateObj
-        listModel: root.listModel
+        session: root.session
     }
 
     Image {

@@ -10,8 +10,8 @@ ApplicationWindow {
     id: rootWindow
 
     readonly property string versionString: "1.1.1"
-    readonly property string defaultScript: "from ostrel import *\n\n"
-    readonly property string defaultScriptName: "NEW SCRIPT"
+    readonly property string defaultScript: desk.newScriptText
+    readonly property string defaultScriptName: desk.newScriptName
     readonly property bool isIOS: Qt.platform.os === "ios"
     readonly property bool isApple: isIOS || Qt.platform.os === "osx"
     readonly property int defaultPointSize: isApple ? 13 : 10
@@ -26,10 +26,9 @@ ApplicationWindow {
     readonly property string scriptUrl: BuildConfiguration.scriptUrl
 
     property int connectedDevice: -1
-    property bool deleteInProgress: false
-    property int savedIndex: -1
-    property string savedName: ""
-    property bool started: false
+    readonly property alias deleteInProgress: desk.deleteInProgress
+    readonly property alias savedIndex: desk.savedIndex
+    readonly property alias savedName: desk.savedName
 
     // The native objects that the start-up made; the documents below get them from here.
     readonly property FirmwareUpdate updater: firmwareUpdate // qmllint disable unqualified
@@ -38,7 +37,7 @@ ApplicationWindow {
     readonly property var transfer: SettingsTransfer // qmllint disable unqualified
 
     function getScriptName(): string {
-        return scriptListModel.scriptNameAt(panes.scripts.currentIndex);
+        return desk.selectedName();
     }
 
     /// As the editor shows it, whatever line ends the library has.
@@ -47,15 +46,15 @@ ApplicationWindow {
     }
 
     function getDownloadScriptName(): string {
-        return (downloadScriptWindow.make() as DownloadScriptWindow).selectedName();
+        return (dialogs.downloads() as DownloadScriptWindow).selectedName();
     }
 
     function getDownloadScriptText(): string {
-        return (downloadScriptWindow.make() as DownloadScriptWindow).selectedText();
+        return (dialogs.downloads() as DownloadScriptWindow).selectedText();
     }
 
     function getDownloadScriptNotes(): string {
-        return (downloadScriptWindow.make() as DownloadScriptWindow).selectedNotes();
+        return (dialogs.downloads() as DownloadScriptWindow).selectedNotes();
     }
 
     function logMessage(msg: string) {
@@ -63,70 +62,7 @@ ApplicationWindow {
     }
 
     function updateScriptText() {
-        const row = panes.scripts.currentIndex;
-        const textBefore = panes.editor.text();
-        panes.editor.show(scriptListModel.scriptIdAt(row), scriptListModel.scriptTextAt(row));
-        if (panes.editor.text() === textBefore)
-            return;
-        // The start alone is not to change the library.
-        if (started)
-            takeEdit();
-        else
-            checkLength();
-    }
-
-    function takeEdit() {
-        scriptListModel.modifyScriptText(panes.scripts.currentIndex, panes.editor.text());
-        checkLength();
-    }
-
-    function checkLength() {
-        if (panes.editor.text().length > maxScriptLen)
-            (messageDialog.make() as SystemMessage).show(qsTr("Script exceeds maximum allowable length (%1 bytes)").arg(maxScriptLen));
-    }
-
-    function addScript(name: string, text: string) {
-        scriptListModel.addScript(name, text);
-        panes.scripts.selectLast();
-    }
-
-    function sortScripts() {
-        savedName = scriptListModel.scriptNameAt(panes.scripts.currentIndex);
-        scriptListModel.sortScripts();
-        savedIndex = scriptListModel.findScriptByName(savedName);
-        panes.scripts.select(savedIndex > -1 ? savedIndex : 0);
-        // Another script may stand at the selected row now, which is no change of the selection.
-        updateScriptText();
-    }
-
-    function selectKept(row: int) {
-        if (row >= 0)
-            panes.scripts.select(row);
-    }
-
-    /// Errors are about the script that was sent or read last; without one, we take the selected.
-    function showError(line: int) {
-        const id = deviceScript.lastId;
-        const row = id > 0 ? scriptListModel.findScriptById(id) : panes.scripts.currentIndex;
-        if (row < 0)
-            return;
-        panes.scripts.select(row);
-        panes.editor.showError(line);
-    }
-
-    function askToDelete() {
-        deleteInProgress = true;
-        const dialog = okCancelDialog.make() as TextDialog;
-        dialog.standardButtons = Dialog.Ok | Dialog.Cancel;
-        dialog.text = qsTr("Delete script '%1'?").arg(getScriptName());
-        dialog.open();
-    }
-
-    function deleteScript() {
-        if (deleteInProgress)
-            keeping.remove(panes.scripts.currentIndex);
-        updateScriptText();
-        deleteInProgress = false;
+        desk.showSelected();
     }
 
     width: Math.min(1024, Screen.desktopAvailableWidth)
@@ -141,17 +77,12 @@ ApplicationWindow {
     Component.onCompleted: {
         transfer.midiObj = midi;
         updater.midiObj = midi;
-        connectedDeviceListModel.inputPortName = isApple ? "Ostrel OST Internal" : "MIDIIN4 (Ostrel)";
-        connectedDeviceListModel.outputPortName = isApple ? "Ostrel OST Internal" : "MIDIOUT6 (Ostrel)";
-        // No other product's box is ever to be written to.
-        connectedDeviceListModel.addProductIDToList(ConnectedDeviceListModel.Ostrel);
         memory.restore();
-        updateScriptText();
-        started = true;
+        desk.start();
     }
 
     onClosing: close => {
-        close.accepted = headerBar.chooser.endUpdateBeforeClosing();
+        close.accepted = dialogs.endUpdateBeforeClosing();
         if (close.accepted)
             memory.keep();
     }
@@ -168,84 +99,34 @@ ApplicationWindow {
         midiObj: midi
     }
 
-    ScriptListModel {
-        id: scriptListModel
+    DeviceSession {
+        id: session
 
-        onSavingFailed: folder => rootWindow.logMessage(qsTr("Your scripts cannot be saved: %1\n").arg(folder))
-        onSavingWorksAgain: rootWindow.logMessage(qsTr("Your scripts can be saved again.\n"))
+        devices: connectedDeviceListModel
+        updater: rootWindow.updater
+        onLogged: line => rootWindow.logMessage(line)
     }
 
     ScriptListModel {
-        id: downloadScriptListModel
-
-        scriptFileName: ""
+        id: scriptListModel
     }
 
     // A scan holds up the window, so the window is seen first.
-    Connections {
-        id: firstFrame
-
-        target: rootWindow
-
-        function onFrameSwapped() {
-            firstFrame.enabled = false;
-            connectedDeviceListModel.scanForDevice();
-        }
+    FirstFrame {
+        onShown: session.start()
     }
 
-    // The box may restart when its mode changes.
-    Timer {
-        id: reloadTimer
+    ScriptDesk {
+        id: desk
 
-        interval: 2000
-        onTriggered: {
-            connectedDeviceListModel.newSysexID = rootWindow.globals.deviceRefSetSysexId(rootWindow.connectedDevice, rootWindow.globals.sysexId());
-            headerBar.chooser.rescanDevices();
-        }
-    }
-
-    ScriptKeeping {
-        id: keeping
-
+        actions: actions
         scriptListModel: scriptListModel
-        onLogged: message => rootWindow.logMessage(message)
-    }
-
-    ScriptTransfers {
-        id: transfers
-
+        panes: panes
+        dialogs: dialogs
         transfer: rootWindow.transfer
-        scriptListModel: scriptListModel
         deviceConnected: rootWindow.connectedDevice !== -1
+        maxScriptLength: rootWindow.maxScriptLen
         onLogged: message => rootWindow.logMessage(message)
-        onScriptRead: (name, text) => {
-            rootWindow.addScript(name, text);
-            deviceScript.hold(panes.scripts.currentIndex, rootWindow.getScriptText());
-        }
-        onScriptSent: text => {
-            deviceScript.hold(panes.scripts.currentIndex, text);
-            panes.editor.clearMarks();
-        }
-        onDeviceScriptUnknown: deviceScript.forget()
-    }
-
-    DeviceScript {
-        id: deviceScript
-
-        scriptListModel: scriptListModel
-    }
-
-    ScriptFiles {
-        id: scriptFiles
-
-        onScriptRead: (name, text) => rootWindow.addScript(name, text)
-        onFailed: message => {
-            const dialog = fileMessageDialog.make() as TextDialog;
-            dialog.standardButtons = Dialog.Ok;
-            dialog.closePolicy = Popup.CloseOnEscape;
-            dialog.text = message;
-            dialog.open();
-        }
     }
 
     WindowActions {
@@ -253,28 +134,9 @@ ApplicationWindow {
 
         deviceConnected: rootWindow.connectedDevice !== -1
         scriptSelected: panes.scripts.currentIndex >= 0
-        onSortRequested: rootWindow.sortScripts()
-        onDeleteRequested: rootWindow.askToDelete()
-        onAddRequested: {
-            rootWindow.addScript(rootWindow.defaultScriptName, rootWindow.defaultScript);
-            panes.scripts.editFirstName();
-        }
-        onRestoreRequested: rootWindow.selectKept(keeping.restore())
-        onDuplicateRequested: rootWindow.selectKept(keeping.duplicate(panes.scripts.currentIndex))
-        onMoveRequested: rows => rootWindow.selectKept(keeping.move(panes.scripts.currentIndex, rows))
-        onOpenFileRequested: scriptFiles.chooseAndRead()
-        onSaveFileRequested: scriptFiles.chooseAndWrite(rootWindow.getScriptName(), rootWindow.getScriptText())
-        onReadRequested: transfers.readScript()
-        onSendRequested: transfers.sendScript(rootWindow.getScriptText())
-        onSettingsRequested: globalSettingsWindow.open()
-        onDownloadRequested: downloadScriptWindow.open()
-        onGuideRequested: guideWindow.open()
-        onClearRequested: panes.log.clear()
-        onFindRequested: replacing => panes.find(replacing)
-        onFindAgainRequested: forward => panes.findNext(forward)
-        onLineRequested: panes.askForLine()
-        onZoomRequested: steps => steps === 0 ? panes.zoom = 1 : panes.zoomBy(steps)
-        onErrorRequested: panes.log.showLatestError()
+        onSettingsRequested: dialogs.openSettings()
+        onDownloadRequested: dialogs.openDownloads()
+        onGuideRequested: dialogs.openGuide()
         onPaneStepped: direction => paneRing.step(direction)
     }
 
@@ -283,7 +145,7 @@ ApplicationWindow {
 
         window: rootWindow
         panes: panes
-        scriptFiles: scriptFiles
+        scriptFiles: desk.files
         scriptListModel: scriptListModel
     }
 
@@ -296,13 +158,11 @@ ApplicationWindow {
     header: HeaderBar {
         id: headerBar
 
-        firmwareUpdateObj: rootWindow.updater
-        listModel: connectedDeviceListModel
+        session: session
         chooser.onDeviceIsConnected: index => {
             rootWindow.connectedDevice = index;
-            deviceScript.forget();
+            desk.held.forget();
         }
-        chooser.onLogged: message => rootWindow.logMessage(message)
     }
 
     MainPanes {
@@ -313,94 +173,26 @@ ApplicationWindow {
         scriptListModel: scriptListModel
         scriptFont: Qt.font({ family: rootWindow.scriptFont, bold: rootWindow.scriptFontBold, pointSize: rootWindow.scriptPointSize })
         namePointSize: rootWindow.defaultPointSize
-        deviceScript: deviceScript
+        deviceScript: desk.held
         maxScriptLength: rootWindow.maxScriptLen
-        editor.onEdited: rootWindow.takeEdit()
-        scripts.onSelectionChanged: {
-            // The start shows one script, once it is known which.
-            if (rootWindow.started)
-                rootWindow.updateScriptText();
-            scriptListModel.saveInBackground();
-        }
-        log.onErrorLineWanted: line => rootWindow.showError(line)
+        editor.onEdited: desk.takeEdit()
+        scripts.onSelectionChanged: desk.takeSelection()
+        log.onErrorLineWanted: line => desk.showError(line)
         scripts.onNewScriptNamed: panes.editor.editAtEnd()
-        // Nothing is to change behind a question or a window that covers this one.
-        scripts.takesDrops: !(Overlay.overlay?.visible ?? false)
-        scripts.onFilesDropped: urls => scriptFiles.readAll(urls)
+        scripts.onFilesDropped: urls => desk.files.readAll(urls)
     }
 
-    OnDemand {
-        id: okCancelDialog
+    WindowDialogs {
+        id: dialogs
 
-        document: "TextDialog.qml"
-        properties: ({ objectName: "okCancelDialog" })
-    }
-
-    Connections {
-        target: okCancelDialog.item
-
-        function onAccepted() {
-            rootWindow.deleteScript();
-        }
-
-        function onRejected() {
-            rootWindow.deleteInProgress = false;
-        }
-    }
-
-    OnDemand {
-        id: fileMessageDialog
-
-        document: "TextDialog.qml"
-        properties: ({ objectName: "fileMessageDialog" })
-    }
-
-    OnDemand {
-        id: messageDialog
-
-        document: "SystemMessage.qml"
-    }
-
-    OnDemand {
-        id: globalSettingsWindow
-
-        document: "GlobalSettingsWindow.qml"
-        properties: ({ globals: rootWindow.globals, deviceConnected: Qt.binding(() => rootWindow.connectedDevice !== -1) })
-    }
-
-    Connections {
-        target: globalSettingsWindow.item
-
-        function onGlobalSettingsUpdated() {
-            reloadTimer.restart();
-        }
-    }
-
-    OnDemand {
-        id: downloadScriptWindow
-
-        objectName: "downloadScriptWindowOnDemand"
-        document: "DownloadScriptWindow.qml"
-        properties: ({
-            model: downloadScriptListModel,
-            library: scriptListModel,
-            scriptUrl: rootWindow.scriptUrl,
-            scriptFont: Qt.binding(() => panes.zoomedFont)
-        })
-    }
-
-    Connections {
-        target: downloadScriptWindow.item
-
-        function onScriptChosen(name: string, text: string) {
-            rootWindow.addScript(name, text);
-        }
-    }
-
-    OnDemand {
-        id: guideWindow
-
-        document: "GuideWindow.qml"
-        properties: ({ versionString: rootWindow.versionString, actions: actions })
+        session: session
+        globals: rootWindow.globals
+        scriptListModel: scriptListModel
+        deviceConnected: rootWindow.connectedDevice !== -1
+        scriptFont: panes.zoomedFont
+        versionString: rootWindow.versionString
+        actions: actions
+        onDeleteAnswered: agreed => desk.deleteSelected(agreed)
+        onScriptChosen: (name, text) => desk.add(name, text)
     }
 }

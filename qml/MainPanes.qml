@@ -41,14 +41,6 @@ Item {
             editorPane.find(replacing);
     }
 
-    function findNext(forward: bool) {
-        editorPane.findNext(forward);
-    }
-
-    function askForLine() {
-        editorPane.askForLine();
-    }
-
     readonly property alias log: messageLogPane
     readonly property string deviceNeededText: qsTr("Connect a device first")
 
@@ -58,6 +50,37 @@ Item {
         const grown = (width - divider.width) * Theme.listShare / shares;
         const least = Math.max(width / 6, scriptListPane.neededWidth, Theme.listWidth);
         return Math.round(Math.min(width / 2, Math.max(least, grown)));
+    }
+
+    Connections {
+        target: root.actions
+
+        function onFindRequested(replacing: bool) {
+            root.find(replacing);
+        }
+
+        function onFindAgainRequested(forward: bool) {
+            editorPane.findNext(forward);
+        }
+
+        function onLineRequested() {
+            editorPane.askForLine();
+        }
+
+        function onErrorRequested() {
+            messageLogPane.showLatestError();
+        }
+
+        function onClearRequested() {
+            messageLogPane.clear();
+        }
+
+        function onZoomRequested(steps: int) {
+            if (steps === 0)
+                root.zoom = 1;
+            else
+                root.zoomBy(steps);
+        }
     }
 
     ScriptListPane {
@@ -70,6 +93,8 @@ Item {
         namePointSize: root.namePointSize
         heldScriptId: root.deviceScript.scriptId
         deviceNeededText: root.deviceNeededText
+        // Nothing is to change behind a question or a window that covers this one.
+        takesDrops: !(Overlay.overlay?.visible ?? false)
     }
 
     Rectangle {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "firmware/FirmwareUpdate.h"
+#include "session/DeviceSession.h"
 #include "settings/CppInterface.h"
 
 #include <QtQml/qqml.h>
@@ -21,4 +22,11 @@ struct FirmwareUpdateElement
     QML_FOREIGN(FirmwareUpdate)
     QML_NAMED_ELEMENT(FirmwareUpdate)
     QML_UNCREATABLE("There is one, firmwareUpdate")
+};
+
+struct DeviceSessionElement
+{
+    Q_GADGET
+    QML_FOREIGN(DeviceSession)
+    QML_NAMED_ELEMENT(DeviceSession)
 };

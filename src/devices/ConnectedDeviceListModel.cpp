@@ -71,9 +71,18 @@ int ConnectedDeviceListModel::scanForDevice()
     if (!m_link)
         return connectedReference();
     beginResetModel();
-    scan(m_firstScan ? Reach::NamedPorts : Reach::AllPorts, Choice::LastOrOnly);
-    if (m_currentIndex == NoIndex)
+    m_devices.clear();
+    findPorts(m_firstScan ? Reach::NamedPair : Reach::AllPorts);
+    for (int port = 0; m_link && port < m_link->portCount(); ++port)
+        askOn(static_cast<unsigned>(port));
+    m_onlyOstrel = false;
+
+    m_currentIndex = NoIndex;
+    const int chosen = chooseDevice();
+    if (chosen == NoIndex)
         disconnectDevice();
+    else
+        connectTo(m_devices[chosen]);
     m_firstScan = false;
     endResetModel();
     qCDebug(lcDevices) << "scan found" << m_devices.size() << "devices, connected to"
@@ -81,18 +90,86 @@ int ConnectedDeviceListModel::scanForDevice()
     return connectedReference();
 }
 
-bool ConnectedDeviceListModel::reconnect()
+/// A scan that the user asks for finds every box of the named kind, and where there is none, looks
+/// at all ports for an Ostrel.
+void ConnectedDeviceListModel::findPorts(Reach reach)
+{
+    if (m_inputPortName.isEmpty() || m_outputPortName.isEmpty()) {
+        m_link->scanPorts(nullptr, nullptr);
+        return;
+    }
+    listNamedPairs(reach == Reach::AllPorts);
+    if (m_link->portCount() == 0 && reach == Reach::AllPorts) {
+        m_onlyOstrel = true;
+        m_link->scanPorts(nullptr, nullptr);
+    }
+}
+
+void ConnectedDeviceListModel::listNamedPairs(bool every)
+{
+    m_link->scanPorts(m_inputPortName.toLatin1().constData(),
+                      m_outputPortName.toLatin1().constData(), every);
+}
+
+void ConnectedDeviceListModel::askOn(unsigned port)
+{
+    static_cast<void>(askWhoIsThere(*m_link, port, [this, port](midi::ByteView message) {
+        return handleReply(message, port);
+    }));
+}
+
+std::vector<std::string> ConnectedDeviceListModel::boxPairs()
 {
     if (!m_link)
-        return false;
-    // Nobody asked for this scan, so nobody expects another box in place of the one that was there.
-    const bool hadDevice = m_connectedSysexId != midi::NoId;
+        return {};
+    listNamedPairs(true);
+    if (m_link->portCount() == 0 && !m_lastInput.isEmpty())
+        m_link->scanPorts(m_lastInput.constData(), m_lastOutput.constData(), true);
+    std::vector<std::string> names;
+    for (unsigned i = 0; i < static_cast<unsigned>(m_link->portCount()); ++i)
+        names.push_back(m_link->pair(i).input.name);
+    return names;
+}
+
+QList<MidiDevice *> ConnectedDeviceListModel::ask(const std::vector<std::string> &pairs)
+{
+    const std::vector<std::string> present = boxPairs();
     beginResetModel();
-    scan(Reach::NamedPorts, hadDevice ? Choice::Last : Choice::LastOrOnly);
-    if (m_currentIndex == NoIndex)
-        m_link->closePort();
+    m_currentIndex = NoIndex;
+    m_devices.removeIf([&](const MidiDevice *device) {
+        return std::ranges::count(pairs, device->pairName()) > 0;
+    });
+    const qsizetype before = m_devices.size();
+    for (unsigned port = 0; m_link && port < present.size(); ++port) {
+        if (std::ranges::count(pairs, present[port]) > 0)
+            askOn(port);
+    }
     endResetModel();
-    return m_currentIndex != NoIndex;
+    return m_devices.sliced(before);
+}
+
+void ConnectedDeviceListModel::connectTo(MidiDevice *device)
+{
+    if (!m_firstScan && device->sysexID() == m_newSysexId &&
+        device->productID() == m_connectedProductId && m_connectedSysexId != midi::NoId) {
+        // The same device under its new ID: no change that anybody has to hear of.
+        m_connectedSysexId = m_newSysexId;
+        m_newSysexId = midi::NoId;
+    }
+    connectToIndex(static_cast<int>(m_devices.indexOf(device)), Ports::Keep);
+}
+
+void ConnectedDeviceListModel::remember() const
+{
+    QSettings().setValue(LAST_PRODUCT_SETTING, connectedReference());
+}
+
+void ConnectedDeviceListModel::letGo()
+{
+    m_currentIndex = NoIndex;
+    if (m_link)
+        m_link->closePort();
+    setDeviceConnected(false, true);
 }
 
 void ConnectedDeviceListModel::loseDevice()
@@ -101,46 +178,49 @@ void ConnectedDeviceListModel::loseDevice()
     if (!lost)
         return;
     beginResetModel();
-    const std::string pair = lost->pairName();
-    m_devices.removeIf([&](const MidiDevice *device) { return device->pairName() == pair; });
-    m_currentIndex = NoIndex;
-    if (m_link)
-        m_link->closePort();
-    setDeviceConnected(false, true);
+    m_devices.removeIf(
+        [&](const MidiDevice *device) { return device->pairName() == lost->pairName(); });
+    letGo();
     endResetModel();
 }
 
-/// Lists who answers and connects to the one that is wanted, if any.
-void ConnectedDeviceListModel::scan(Reach reach, Choice choice)
+void ConnectedDeviceListModel::dropGone(const midi::PortNames &names)
 {
-    m_devices.clear();
-    findPorts(reach);
-    for (int port = 0; m_link && port < m_link->portCount(); ++port) {
-        const auto index = static_cast<unsigned>(port);
-        static_cast<void>(askWhoIsThere(*m_link, index, [this, index](midi::ByteView message) {
-            return handleReply(message, index);
-        }));
-    }
-    m_onlyOstrel = false;
-
-    m_currentIndex = NoIndex;
-    const int chosen = chooseDevice(choice);
-    if (chosen != NoIndex)
-        connectToIndex(chosen, Ports::Keep);
+    MidiDevice *const current = currentDevice();
+    const auto isGone = [&](const MidiDevice *device) {
+        return device != current && std::ranges::count(names.inputs, device->pairName()) == 0;
+    };
+    if (std::ranges::none_of(m_devices, isGone))
+        return;
+    beginResetModel();
+    m_devices.removeIf(isGone);
+    m_currentIndex = static_cast<int>(m_devices.indexOf(current));
+    endResetModel();
 }
 
-void ConnectedDeviceListModel::findPorts(Reach reach)
+int ConnectedDeviceListModel::countAnswers(const MidiDevice &device)
 {
-    if (m_inputPortName.isEmpty() || m_outputPortName.isEmpty()) {
-        m_link->scanPorts(nullptr, nullptr);
-        return;
-    }
-    m_link->scanPorts(m_inputPortName.toLatin1().constData(),
-                      m_outputPortName.toLatin1().constData());
-    if (m_link->portCount() == 0 && reach == Reach::AllPorts) {
-        m_onlyOstrel = true;
-        m_link->scanPorts(nullptr, nullptr);
-    }
+    int working = 0;
+    int inBootloader = 0;
+    const auto askThoseListed = [&] {
+        for (unsigned port = 0; port < static_cast<unsigned>(m_link->portCount()); ++port) {
+            static_cast<void>(askWhoIsThere(*m_link, port, [&](midi::ByteView message) {
+                if (!midi::isIdentityReply(message))
+                    return true;
+                const midi::Identity identity = midi::readIdentity(message);
+                if (device.is(identity))
+                    ++(identity.version == midi::BootloaderVersion ? inBootloader : working);
+                return true;
+            }));
+        }
+    };
+    listNamedPairs(true);
+    askThoseListed();
+    const int onNamedPairs = working + inBootloader;
+    m_link->scanPorts(nullptr, nullptr);
+    askThoseListed();
+    m_link->closePort();
+    return std::max(onNamedPairs, std::min(working, 1) + std::min(inBootloader, 1));
 }
 
 bool ConnectedDeviceListModel::handleReply(midi::ByteView message, unsigned port)
@@ -165,7 +245,7 @@ void ConnectedDeviceListModel::addDevice(const midi::Identity &identity, unsigne
     device->setMinorVersion(identity.version.minor);
     device->setPointVersion(identity.version.point);
     device->setDeviceIndex(port);
-    device->setPairName(m_link->pairName(port));
+    device->setPairName(m_link->pair(port).input.name);
     m_devices.append(device);
     device->setDisplayName(""); // so that the list shows its ID where no name comes
     m_link->sendNameReq(identity.sysexId);
@@ -181,7 +261,7 @@ void ConnectedDeviceListModel::nameDevices(midi::ByteView nameReply)
     }
 }
 
-int ConnectedDeviceListModel::chooseDevice(Choice choice)
+int ConnectedDeviceListModel::chooseDevice() const
 {
     const auto isLast = [this](const MidiDevice &device) {
         return device.productID() == m_connectedProductId &&
@@ -191,16 +271,7 @@ int ConnectedDeviceListModel::chooseDevice(Choice choice)
     int chosen = NoIndex;
     if (m_firstScan || m_connectedSysexId != midi::NoId)
         chosen = findFirst(isLast);
-    if (chosen == NoIndex)
-        return choice == Choice::LastOrOnly && m_devices.size() == 1 ? 0 : NoIndex;
-
-    const std::uint8_t sysexId = m_devices[chosen]->sysexID();
-    if (!m_firstScan && sysexId == m_newSysexId) {
-        // The same device under its new ID: no change that anybody has to hear of.
-        m_connectedSysexId = sysexId;
-        m_newSysexId = midi::NoId;
-    }
-    return chosen;
+    return chosen == NoIndex && m_devices.size() == 1 ? 0 : chosen;
 }
 
 bool ConnectedDeviceListModel::connectToDevice(int deviceRefInt)
@@ -210,7 +281,7 @@ bool ConnectedDeviceListModel::connectToDevice(int deviceRefInt)
         disconnectDevice();
     else
         connectToIndex(index, Ports::Reopen);
-    QSettings().setValue(LAST_PRODUCT_SETTING, connectedReference());
+    remember();
     return index != NoIndex;
 }
 
@@ -330,7 +401,7 @@ void ConnectedDeviceListModel::openPortsOf(MidiDevice &device)
     // The firmware updater lets the link number all pairs anew.
     bool listed = locate(device);
     if (!listed) {
-        findPorts(Reach::NamedPorts);
+        findPorts(Reach::NamedPair);
         listed = locate(device);
     }
     if (!listed) {
@@ -346,11 +417,11 @@ void ConnectedDeviceListModel::openPortsOf(MidiDevice &device)
 /// False when the link's list has no pair of the device's name.
 bool ConnectedDeviceListModel::locate(MidiDevice &device) const
 {
-    if (m_link->pairName(device.deviceIndex()) == device.pairName())
+    if (m_link->pair(device.deviceIndex()).input.name == device.pairName())
         return true;
     const auto count = static_cast<unsigned>(m_link->portCount());
     for (unsigned index = 0; index < count; ++index) {
-        if (m_link->pairName(index) == device.pairName()) {
+        if (m_link->pair(index).input.name == device.pairName()) {
             device.setDeviceIndex(index);
             return true;
         }
@@ -364,6 +435,11 @@ void ConnectedDeviceListModel::connectToIndex(int index, Ports ports)
     setConnectedProductID(m_devices[index]->productID());
     setConnectedSysexID(m_devices[index]->sysexID());
     openDevice(index, ports);
+    if (!m_link)
+        return;
+    const midi::PortPair pair = m_link->pair(m_devices[index]->deviceIndex());
+    m_lastInput = QByteArray::fromStdString(pair.input.plainName);
+    m_lastOutput = QByteArray::fromStdString(pair.output.plainName);
 }
 
 void ConnectedDeviceListModel::disconnectDevice()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "devices/ProductTable.h"
+#include "midi/backend/PortNames.h"
 #include "midi/protocol/Box.h"
 #include "midi/protocol/Messages.h"
 
@@ -15,6 +16,9 @@ class QtRtMIDI;
 /// Finds the devices on the computer's MIDI ports, lists them for the device chooser, connects the
 /// MIDI link to one of them and remembers that one between runs. Declared by the main window.
 /// GUI thread only; a scan blocks for about 200 ms per pair of ports.
+///
+/// What is looked for without being asked, and which of several devices is taken, is the session's
+/// to say, which calls the native operations.
 ///
 /// Row 0 is the entry that asks for a scan, with the value -1; row n is the device n - 1, with its
 /// device reference as value. Records of earlier scans stay alive as children of the model, since
@@ -51,12 +55,27 @@ public:
     /// connected device's reference, or 65535. From the second scan on, named ports that do not
     /// exist make it look on all pairs for an Ostrel: that is where one in its bootloader sits.
     Q_INVOKABLE int scanForDevice();
-    /// The same on the named pair alone, and without forgetting which device was connected when
-    /// none answers: for a device that was away and may be there again. True when it is connected.
-    bool reconnect();
-    /// Ends a connection whose ports are gone: the devices on them are no longer listed, but the
-    /// one that was connected is still the one that reconnect() looks for.
+    /// The pairs of ports on which a box is looked for unasked, by names that last as long as they
+    /// are there: all that are called as the named pair, or without any, as the pair of the box
+    /// that was connected last. Makes the link list them.
+    [[nodiscard]] std::vector<std::string> boxPairs();
+    /// Asks those of boxPairs() that are called so, and lists the answers in the place of what was
+    /// listed on them. Returns them. Leaves the link open on the pair that was asked last.
+    QList<MidiDevice *> ask(const std::vector<std::string> &pairs);
+    /// Connects to a listed device without remembering it, on ports that may be open already.
+    void connectTo(MidiDevice *device);
+    /// Makes the connected device the one that the next start looks for.
+    void remember() const;
+    /// Closes the link. The devices are still listed, and nothing is connected.
+    void letGo();
+    /// The same, because the ports are gone: neither are the devices on them listed any longer.
     void loseDevice();
+    /// Takes devices off the list whose ports are not among `names`, but never the connected one.
+    void dropGone(const midi::PortNames &names);
+    /// How many boxes answer as this one does, as far as that can be told: a box may answer on
+    /// several of its pairs, but only on one that is called as the named pair, and with one version
+    /// on all. Leaves the link closed.
+    [[nodiscard]] int countAnswers(const MidiDevice &device);
     /// Connects to a listed device and remembers it. False when it is not listed: the link is then
     /// closed and "none" remembered.
     Q_INVOKABLE bool connectToDevice(int deviceRefInt);
@@ -67,12 +86,13 @@ public:
     Q_INVOKABLE int getStartupDevice() const;
     /// The record of the connected device, owned by the model; null when there is none.
     Q_INVOKABLE MidiDevice *currentDevice() const;
+    [[nodiscard]] const QList<MidiDevice *> &devices() const { return m_devices; }
+    /// The reference of the connected device, or of the one that was before its loss; or 65535.
+    [[nodiscard]] int connectedReference() const;
     /// An empty list of acceptable products accepts all.
     Q_INVOKABLE void clearProductIDList();
     Q_INVOKABLE void addProductIDToList(int productID);
     [[nodiscard]] bool isAcceptableProductID(int productID) const;
-    /// Whether the scan at the start is over.
-    [[nodiscard]] bool hasScanned() const { return !m_firstScan; }
 
     [[nodiscard]] bool deviceConnected() const { return m_deviceConnected; }
     /// With `force` the signal is emitted even when nothing changed.
@@ -103,17 +123,16 @@ signals:
 
 private:
     static constexpr int NoIndex = -1;
-    enum class Reach { NamedPorts, AllPorts };
-    /// Which device is connected: the last one, or where that is missing, the only one.
-    enum class Choice { LastOrOnly, Last };
+    enum class Reach { NamedPair, AllPorts };
 
-    void scan(Reach reach, Choice choice);
     void findPorts(Reach reach);
+    void listNamedPairs(bool every);
+    void askOn(unsigned port);
     /// False when the message says that this port is not to be listened to any longer.
     [[nodiscard]] bool handleReply(midi::ByteView message, unsigned port);
     void addDevice(const midi::Identity &identity, unsigned port);
     void nameDevices(midi::ByteView nameReply);
-    [[nodiscard]] int chooseDevice(Choice choice);
+    [[nodiscard]] int chooseDevice() const;
     /// What a connection does where the scan has just opened the device's ports.
     enum class Ports { Reopen, Keep };
 
@@ -127,7 +146,6 @@ private:
     void disconnectDevice();
     void setConnectedProductID(std::uint8_t id);
     void setConnectedSysexID(std::uint8_t id);
-    [[nodiscard]] int connectedReference() const;
 
     QString m_inputPortName;
     QString m_outputPortName;
@@ -141,4 +159,5 @@ private:
     std::uint8_t m_connectedSysexId = midi::NoId;
     std::uint8_t m_newSysexId = midi::NoId;
     bool m_firstScan = true;
+    QByteArray m_lastInput, m_lastOutput; ///< the plain names of the ports connected last
 };

@@ -81,6 +81,11 @@ QString MidiDevice::versionString() const
         .arg(m_version.point);
 }
 
+bool MidiDevice::is(const midi::Identity &identity) const
+{
+    return identity.productId == m_productId && identity.sysexId == m_sysexId;
+}
+
 bool MidiDevice::versionIsBootloader() const
 {
     return m_version == midi::BootloaderVersion;
@@ -95,7 +100,7 @@ bool MidiDevice::updateVersion()
         const auto index = static_cast<unsigned>(port);
         if (answersOn(index)) {
             m_deviceIndex = index;
-            m_pairName = m_link->pairName(index);
+            m_pairName = m_link->pair(index).input.name;
             return true;
         }
     }
@@ -111,7 +116,7 @@ bool MidiDevice::answersOn(unsigned port)
         if (!midi::isIdentityReply(message))
             return true;
         const midi::Identity identity = midi::readIdentity(message);
-        answered = identity.productId == m_productId && identity.sysexId == m_sysexId;
+        answered = is(identity);
         if (answered)
             m_version = identity.version;
         return !answered;

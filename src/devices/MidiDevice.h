@@ -55,6 +55,8 @@ public:
     [[nodiscard]] const char *menuName() const { return m_menuName.data(); }
 
     Q_INVOKABLE QString versionString() const;
+    /// Whether an answer may be this device's: another one may have the same IDs.
+    [[nodiscard]] bool is(const midi::Identity &identity) const;
     [[nodiscard]] bool versionIsBootloader() const;
     /// Asks all pairs of ports for this device and takes over the version and port it answers with.
     /// Blocks up to 200 ms per pair. False, with the record as it was, when it did not answer. The

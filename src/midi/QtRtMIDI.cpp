@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <limits>
 
 using namespace std::chrono_literals;
 
@@ -69,14 +70,14 @@ bool QtRtMIDI::succeeded(const midi::ErrorText &error)
     return error.empty();
 }
 
-void QtRtMIDI::scanPorts(const char *inName, const char *outName)
+void QtRtMIDI::scanPorts(const char *inName, const char *outName, bool every)
 {
     const bool named = inName && outName;
     if (named) {
         m_namedInput = inName;
         m_namedOutput = outName;
     }
-    listPairs(named, !named);
+    listPairs(every && named ? std::numeric_limits<std::size_t>::max() : named, !named);
 }
 
 void QtRtMIDI::scanAllPorts()
@@ -84,18 +85,16 @@ void QtRtMIDI::scanAllPorts()
     listPairs(!m_namedInput.empty(), true);
 }
 
-/// Lists the pair of the last named scan, or the pairs of equal names, or both.
-void QtRtMIDI::listPairs(bool named, bool equal)
+/// Lists up to `named` pairs of the last named scan, and where wanted the pairs of equal names.
+void QtRtMIDI::listPairs(std::size_t named, bool equal)
 {
     m_pairs.clear();
     m_selected.reset();
     m_nextAttempt.setRemainingTime(0); // somebody may have started a service just now
     midi::PortLists ports;
     if (backend() && succeeded(m_backend->listPorts(ports))) {
-        const midi::Port *input = midi::findPort(ports.inputs, m_namedInput);
-        const midi::Port *output = midi::findPort(ports.outputs, m_namedOutput);
-        if (named && input && output)
-            m_pairs.push_back({*input, *output});
+        m_pairs = midi::findPairs(ports, m_namedInput, m_namedOutput);
+        m_pairs.resize(std::min(named, m_pairs.size()));
         if (equal)
             std::ranges::move(midi::pairPorts(ports), std::back_inserter(m_pairs));
     }
@@ -114,9 +113,9 @@ const char *QtRtMIDI::portName(unsigned index)
     return m_portName.c_str();
 }
 
-std::string QtRtMIDI::pairName(unsigned index) const
+midi::PortPair QtRtMIDI::pair(unsigned index) const
 {
-    return index < m_pairs.size() ? m_pairs[index].input.name : std::string();
+    return index < m_pairs.size() ? m_pairs[index] : midi::PortPair();
 }
 
 bool QtRtMIDI::selectPort(unsigned index)
@@ -178,7 +177,8 @@ void QtRtMIDI::setCallbackMode(bool enabled)
     }
 }
 
-/// What a box prints is shown, behind the texts that were pushed before and wait for the event loop.
+/// What a box prints is shown, behind the texts that were pushed before and wait for the event
+/// loop.
 void QtRtMIDI::showText(const Message &message)
 {
     const auto show = [this, message] { receive(message); };

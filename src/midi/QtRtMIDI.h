@@ -26,16 +26,16 @@ public:
     explicit QtRtMIDI(QObject *parent = nullptr);
     ~QtRtMIDI() override;
     static bool init() { return true; } ///< there is nothing to prepare
-    /// Rebuilds the list of port pairs and emits portListChanged() once. With two names: the one
-    /// pair of ports so called, if both exist. With a null name: every input with its output.
-    void scanPorts(const char *inName, const char *outName);
+    /// Rebuilds the list of port pairs and emits portListChanged() once. With two names: the pair
+    /// of ports so called, or every such pair. With a null name: every input with its output.
+    void scanPorts(const char *inName, const char *outName, bool every = false);
     /// Lists both: first the pair of the last scan by names, then every input with its output.
     void scanAllPorts();
     [[nodiscard]] int portCount() const { return static_cast<int>(m_pairs.size()); }
     /// The input's name as the library reports it now, "" without one. Valid until the next call.
     [[nodiscard]] const char *portName(unsigned index);
-    /// A name for the pair that stays valid across rescans, "" where there is no such pair.
-    [[nodiscard]] std::string pairName(unsigned index) const;
+    /// A copy that stays valid across rescans, with empty names where there is no such pair.
+    [[nodiscard]] midi::PortPair pair(unsigned index) const;
     /// Closes what is open and opens pair `index` of the last scan.
     [[nodiscard]] bool selectPort(unsigned index);
     /// Whether pair `index` is open and was opened after the last scan.
@@ -43,6 +43,7 @@ public:
     void closePort();
     [[nodiscard]] bool portsReady() const { return m_openPair && !m_backend->isGone(); }
     [[nodiscard]] midi::PortNames portNames();
+    [[nodiscard]] bool hasService() const { return m_backend && !m_backend->isGone(); }
     /// Whether the open pair stands among `names`.
     [[nodiscard]] bool isOpenAmong(const midi::PortNames &names) const;
 
@@ -102,7 +103,7 @@ private:
     void receive(const Message &message);
     void showText(const Message &message);
     [[nodiscard]] midi::Backend *backend();
-    void listPairs(bool named, bool equal);
+    void listPairs(std::size_t named, bool equal);
     bool succeeded(const midi::ErrorText &error);
     bool sendReadReq(midi::BlockType type);
     [[nodiscard]] bool readBlock(midi::BlockType type);

@@ -103,7 +103,8 @@ private slots:
         const auto foundBoth = [&] {
             Stage stage({"--boxes", "2"});
             EditorProcess &editor = stage.editor;
-            editor.setEnvironment("QT_LOGGING_RULES", "ostrel.devices.debug=true");
+            editor.setEnvironment("QT_LOGGING_RULES",
+                                  "ostrel.devices.debug=true;ostrel.session.info=false");
             const bool prepared = settings.isEmpty() || writeFile(editor.settingsPath(), settings);
             const auto scanned = [&] { return !(logged = editor.log().join('\n')).isEmpty(); };
             if (!prepared || !editor.start() || !QTest::qWaitFor(scanned, TimeoutMs))

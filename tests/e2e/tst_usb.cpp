@@ -135,7 +135,7 @@ struct LoggingEditor : EditorProcess
 {
     LoggingEditor()
     {
-        setEnvironment("QT_LOGGING_RULES", "ostrel.devices*=true");
+        setEnvironment("QT_LOGGING_RULES", "ostrel.devices*=true;ostrel.session=true");
         QTest::qVerify(start(), "started", "", __FILE__, __LINE__);
     }
 
@@ -180,7 +180,7 @@ private slots:
         QVERIFY(editor.logs("ostrel.devices: scan found 0 devices, connected to 65535"));
         const BoxProcess box({"--usb", "--jack-names"});
         QVERIFY(box.isReady());
-        QVERIFY(editor.logs("ostrel.devices.watch: connected to \"Ostrel:0\""));
+        QVERIFY(editor.logs("ostrel.session: connected to \"Ostrel:0\""));
     }
 
     void movesScripts_data()

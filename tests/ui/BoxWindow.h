@@ -49,11 +49,10 @@ inline bool scanFor(const WindowFixture &ui, const QString &entry)
         WindowFixture::TimeoutMs);
 }
 
-/// Waits for the connection that the start makes; where the start missed the box, scans.
+/// Waits for the connection that the window makes by itself.
 inline bool connectTo(const WindowFixture &ui, const QString &menuName)
 {
-    const bool atOnce = QTest::qWaitFor([&] { return chosen(ui) == menuName; }, 2000);
-    return atOnce || (scanFor(ui, menuName) && (chosen(ui) == menuName || choose(ui, menuName)));
+    return QTest::qWaitFor([&] { return chosen(ui) == menuName; }, WindowFixture::TimeoutMs);
 }
 
 /// Waits for the end of the message log to be `end`.

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "devices/ConnectedDeviceListModel.h"
-#include "devices/DeviceWatch.h"
 #include "devices/MidiDevice.h"
 
 #include <QtQml/qqml.h>
@@ -11,13 +10,6 @@ struct ConnectedDeviceListModelElement
     Q_GADGET
     QML_FOREIGN(ConnectedDeviceListModel)
     QML_NAMED_ELEMENT(ConnectedDeviceListModel)
-};
-
-struct DeviceWatchElement
-{
-    Q_GADGET
-    QML_FOREIGN(DeviceWatch)
-    QML_NAMED_ELEMENT(DeviceWatch)
 };
 
 struct MidiDeviceElement

@@ -43,6 +43,21 @@ bool isWindowsName(const Port &port, std::string_view wanted, const char *direct
     return !device.empty() && port.reported.starts_with(std::string(device) + ':');
 }
 
+/// Those reported exactly as `wanted`, then those whose name means the same.
+std::vector<const Port *> findPorts(std::span<const Port> ports, std::string_view wanted)
+{
+    std::vector<const Port *> exact, meant;
+    for (const Port &port : ports) {
+        if (port.reported == wanted)
+            exact.push_back(&port);
+        else if (port.plainName == wanted || isWindowsName(port, wanted, "MIDIIN") ||
+                 isWindowsName(port, wanted, "MIDIOUT"))
+            meant.push_back(&port);
+    }
+    exact.insert(exact.end(), meant.begin(), meant.end());
+    return exact;
+}
+
 } // namespace
 
 Port parsePort(NameStyle style, unsigned number, std::string reported)
@@ -63,14 +78,19 @@ Port parsePort(NameStyle style, unsigned number, std::string reported)
 
 const Port *findPort(std::span<const Port> ports, std::string_view wanted)
 {
-    const auto fits = [&](const Port &port) {
-        return port.plainName == wanted || isWindowsName(port, wanted, "MIDIIN") ||
-               isWindowsName(port, wanted, "MIDIOUT");
-    };
-    auto found = std::ranges::find(ports, wanted, &Port::reported);
-    if (found == ports.end())
-        found = std::ranges::find_if(ports, fits);
-    return found == ports.end() ? nullptr : &*found;
+    const std::vector<const Port *> found = findPorts(ports, wanted);
+    return found.empty() ? nullptr : found.front();
+}
+
+std::vector<PortPair> findPairs(const PortLists &ports, std::string_view input,
+                                std::string_view output)
+{
+    const auto inputs = findPorts(ports.inputs, input);
+    const auto outputs = findPorts(ports.outputs, output);
+    std::vector<PortPair> pairs;
+    for (std::size_t i = 0; i < std::min(inputs.size(), outputs.size()); ++i)
+        pairs.push_back({*inputs[i], *outputs[i]});
+    return pairs;
 }
 
 std::vector<PortPair> pairPorts(const PortLists &ports)

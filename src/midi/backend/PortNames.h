@@ -61,6 +61,11 @@ struct PortPair
 /// port n - 1 of the client Device. Null without any.
 [[nodiscard]] const Port *findPort(std::span<const Port> ports, std::string_view wanted);
 
+/// The input and the output that findPort() finds, and then, for further boxes of the same kind,
+/// each next input with the next output that it could have found instead.
+[[nodiscard]] std::vector<PortPair> findPairs(const PortLists &ports, std::string_view input,
+                                              std::string_view output);
+
 /// Pairs each input with the output of the same name, identical names in order of appearance, and
 /// then what is left by plain names. Inputs without a partner, and ports of our own, are left out.
 [[nodiscard]] std::vector<PortPair> pairPorts(const PortLists &ports);

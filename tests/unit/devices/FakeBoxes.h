@@ -27,15 +27,18 @@ inline int reference(const QString &text)
                                  static_cast<std::uint8_t>(text.section('/', 1, 1).toUInt()));
 }
 
-/// "26/5 26/6": boxes with the version 1.2.3 and their sysex IDs in their names.
+/// "26/5 26/6@1.1.0": boxes with the version 1.2.3, or another one, and their sysex IDs in their
+/// names.
 inline Boxes boxes(const QString &text)
 {
     Boxes result;
     for (const QString &one : text.split(' ', Qt::SkipEmptyParts)) {
-        const int ref = reference(one);
+        const int ref = reference(one.section('@', 0, 0));
+        const QStringList version = (one + "@1.2.3").section('@', 1, 1).split('.');
+        const auto part = [&](int i) { return static_cast<std::uint8_t>(version[i].toUInt()); };
         const std::uint8_t id = midi::referencedSysexId(ref);
-        result.push_back(
-            {{midi::referencedProductId(ref), id, {1, 2, 3}}, "Box " + QByteArray::number(id)});
+        result.push_back({{midi::referencedProductId(ref), id, {part(0), part(1), part(2)}},
+                          "Box " + QByteArray::number(id)});
     }
     return result;
 }
