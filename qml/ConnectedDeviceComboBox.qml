@@ -33,6 +33,18 @@ ZEVComboBox {
         session.scan();
     }
 
+    function updateComplete() {
+        session.beginSettling();
+    }
+
+    function updateEndTimerDone() {
+        session.check();
+    }
+
+    function updateError(errorMsg: string) {
+        session.failUpdate();
+    }
+
     objectName: "connectedDeviceComboBox"
     implicitWidth: 200
     model: listModel

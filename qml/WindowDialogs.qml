@@ -18,6 +18,7 @@ Item {
 
     signal deleteAnswered(bool agreed)
     signal scriptChosen(string name, string text)
+
     function askToDelete(name: string) {
         const dialog = okCancelDialog.make() as TextDialog;
         dialog.standardButtons = Dialog.Ok | Dialog.Cancel;

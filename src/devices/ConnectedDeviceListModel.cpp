@@ -188,7 +188,7 @@ void ConnectedDeviceListModel::dropGone(const midi::PortNames &names)
 {
     MidiDevice *const current = currentDevice();
     const auto isGone = [&](const MidiDevice *device) {
-        return device != current && std::ranges::count(names.inputs, device->pairName()) == 0;
+        return device != current && !device->isAmong(names);
     };
     if (std::ranges::none_of(m_devices, isGone))
         return;
@@ -200,7 +200,7 @@ void ConnectedDeviceListModel::dropGone(const midi::PortNames &names)
 
 int ConnectedDeviceListModel::countAnswers(const MidiDevice &device)
 {
-    int working = 0;
+    int working = 0; // pairs with such an answer
     int inBootloader = 0;
     const auto askThoseListed = [&] {
         for (unsigned port = 0; port < static_cast<unsigned>(m_link->portCount()); ++port) {
@@ -208,9 +208,10 @@ int ConnectedDeviceListModel::countAnswers(const MidiDevice &device)
                 if (!midi::isIdentityReply(message))
                     return true;
                 const midi::Identity identity = midi::readIdentity(message);
-                if (device.is(identity))
-                    ++(identity.version == midi::BootloaderVersion ? inBootloader : working);
-                return true;
+                if (!device.is(identity))
+                    return true;
+                ++(identity.version == midi::BootloaderVersion ? inBootloader : working);
+                return false;
             }));
         }
     };
@@ -245,7 +246,7 @@ void ConnectedDeviceListModel::addDevice(const midi::Identity &identity, unsigne
     device->setMinorVersion(identity.version.minor);
     device->setPointVersion(identity.version.point);
     device->setDeviceIndex(port);
-    device->setPairName(m_link->pair(port).input.name);
+    device->setPair(m_link->pair(port));
     m_devices.append(device);
     device->setDisplayName(""); // so that the list shows its ID where no name comes
     m_link->sendNameReq(identity.sysexId);
@@ -417,11 +418,11 @@ void ConnectedDeviceListModel::openPortsOf(MidiDevice &device)
 /// False when the link's list has no pair of the device's name.
 bool ConnectedDeviceListModel::locate(MidiDevice &device) const
 {
-    if (m_link->pair(device.deviceIndex()).input.name == device.pairName())
+    if (device.isOn(m_link->pair(device.deviceIndex())))
         return true;
     const auto count = static_cast<unsigned>(m_link->portCount());
     for (unsigned index = 0; index < count; ++index) {
-        if (m_link->pair(index).input.name == device.pairName()) {
+        if (device.isOn(m_link->pair(index))) {
             device.setDeviceIndex(index);
             return true;
         }

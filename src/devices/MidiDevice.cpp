@@ -43,6 +43,7 @@ MidiDevice::MidiDevice(const MidiDevice &other)
     , m_version(other.m_version)
     , m_deviceIndex(other.m_deviceIndex)
     , m_pairName(other.m_pairName)
+    , m_outputName(other.m_outputName)
 {
     setDisplayName(other.displayName());
 }
@@ -81,6 +82,23 @@ QString MidiDevice::versionString() const
         .arg(m_version.point);
 }
 
+void MidiDevice::setPair(const midi::PortPair &pair)
+{
+    m_pairName = pair.input.name;
+    m_outputName = pair.output.name;
+}
+
+bool MidiDevice::isOn(const midi::PortPair &pair) const
+{
+    return pair.input.name == m_pairName && pair.output.name == m_outputName;
+}
+
+bool MidiDevice::isAmong(const midi::PortNames &names) const
+{
+    return std::ranges::count(names.inputs, m_pairName) > 0 &&
+           std::ranges::count(names.outputs, m_outputName) > 0;
+}
+
 bool MidiDevice::is(const midi::Identity &identity) const
 {
     return identity.productId == m_productId && identity.sysexId == m_sysexId;
@@ -100,7 +118,7 @@ bool MidiDevice::updateVersion()
         const auto index = static_cast<unsigned>(port);
         if (answersOn(index)) {
             m_deviceIndex = index;
-            m_pairName = m_link->pair(index).input.name;
+            setPair(m_link->pair(index));
             return true;
         }
     }

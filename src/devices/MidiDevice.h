@@ -1,5 +1,6 @@
 #pragma once
 
+#include "midi/backend/PortNames.h"
 #include "midi/protocol/Messages.h"
 
 #include <QObject>
@@ -35,7 +36,7 @@ public:
     /// menu name from them.
     void setDisplayName(const char *name);
     void setDeviceIndex(std::uint32_t index) { m_deviceIndex = index; }
-    void setPairName(const std::string &name) { m_pairName = name; }
+    void setPair(const midi::PortPair &pair);
     void setMajorVersion(std::uint8_t version) { m_version.major = version; }
     void setMinorVersion(std::uint8_t version) { m_version.minor = version; }
     void setPointVersion(std::uint8_t version) { m_version.point = version; }
@@ -44,8 +45,12 @@ public:
     [[nodiscard]] std::uint8_t sysexID() const { return m_sysexId; }
     /// The pair of ports on which the device answered, as the link numbers them at that time.
     [[nodiscard]] std::uint32_t deviceIndex() const { return m_deviceIndex; }
-    /// By what the link knows that pair when it has numbered them anew.
+    /// The lasting name of that pair's input.
     [[nodiscard]] const std::string &pairName() const { return m_pairName; }
+    /// Whether `pair` is that pair, also when the link has numbered all pairs anew.
+    [[nodiscard]] bool isOn(const midi::PortPair &pair) const;
+    /// Whether both ports of that pair are among `names`.
+    [[nodiscard]] bool isAmong(const midi::PortNames &names) const;
     [[nodiscard]] std::uint8_t majorVersion() const { return m_version.major; }
     [[nodiscard]] std::uint8_t minorVersion() const { return m_version.minor; }
     [[nodiscard]] std::uint8_t pointVersion() const { return m_version.point; }
@@ -74,4 +79,5 @@ private:
     midi::FirmwareVersion m_version;
     std::uint32_t m_deviceIndex = 0;
     std::string m_pairName;
+    std::string m_outputName;
 };

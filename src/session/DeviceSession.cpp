@@ -6,6 +6,7 @@
 #include "midi/QtRtMIDI.h"
 
 #include <QLoggingCategory>
+#include <QSet>
 
 #include <algorithm>
 #include <utility>
@@ -62,7 +63,11 @@ DeviceSession::DeviceSession(QObject *parent)
     connect(&m_scanTimer, &QTimer::timeout, this, [this] { scanNow(Asked::ByUser); });
     m_restartTimer.setSingleShot(true);
     m_restartTimer.setInterval(RestartMs);
-    connect(&m_restartTimer, &QTimer::timeout, this, [this] { scanNow(Asked::ByNobody); });
+    connect(&m_restartTimer, &QTimer::timeout, this, [this] {
+        // A box whose ports went is looked for already, and no other one is to take its place.
+        if (m_state == State::Connected)
+            scanNow(Asked::ByNobody);
+    });
 }
 
 ConnectedDeviceListModel *DeviceSession::devices() const
@@ -99,7 +104,7 @@ void DeviceSession::setUpdater(FirmwareUpdate *updater)
     m_updater = updater;
     if (m_updater) {
         connect(m_updater, &FirmwareUpdate::updateCompleted, this, &DeviceSession::beginSettling);
-        connect(m_updater, &FirmwareUpdate::updateError, this, [this] { m_updateFailed = true; });
+        connect(m_updater, &FirmwareUpdate::updateError, this, &DeviceSession::failUpdate);
     }
     emit updaterChanged();
 }
@@ -129,6 +134,9 @@ void DeviceSession::showConnection()
 
 void DeviceSession::tell(State state)
 {
+    // Only who has no box looks for one.
+    if (state != State::NoBox && state != State::UpdateDeclined && state != State::Lost)
+        beginAttempts({});
     setState(state);
     showConnection();
     emit connectionChanged(m_connectedIndex);
@@ -155,6 +163,7 @@ void DeviceSession::scan()
 {
     if (!link() || m_state == State::Looking || m_state == State::Updating)
         return;
+    m_restartTimer.stop();
     setState(State::Looking);
     showConnection();
     m_scanTimer.start();
@@ -173,8 +182,7 @@ void DeviceSession::scanNow(Asked asked)
         return;
     m_scanTimer.stop();
     m_updater->init(); // what it waits for after an update is looked for here
-    m_newPairs.clear();
-    m_attempts = MaxAttempts;
+    beginAttempts({});
     m_names = link()->portNames();
     m_pairs = m_devices->boxPairs();
     m_devices->scanForDevice();
@@ -208,9 +216,7 @@ void DeviceSession::tellScanResult(Asked asked)
     const auto twin = std::ranges::find_if(
         listed, [this](const MidiDevice *box) { return countPairs(referenceOf(*box)) > 1; });
     if (twin != listed.end())
-        emit logged(tr("%1 devices answer as %2: give each its own Sysex ID.\n")
-                        .arg(countPairs(referenceOf(**twin)))
-                        .arg(nameOf(**twin)));
+        tellOfTwins(countPairs(referenceOf(**twin)), **twin);
     else if (listed.size() > 1 && !m_devices->currentDevice())
         emit logged(tr("Found %1 devices: choose one.\n").arg(listed.size()));
     else if (asked == Asked::ByUser && !link()->hasService())
@@ -219,10 +225,18 @@ void DeviceSession::tellScanResult(Asked asked)
         emit logged(tr("No device found. Check cable and power.\n"));
 }
 
+void DeviceSession::tellOfTwins(qsizetype count, const MidiDevice &box)
+{
+    emit logged(
+        tr("%1 devices answer as %2: give each its own Sysex ID.\n").arg(count).arg(nameOf(box)));
+}
+
 bool DeviceSession::askForUpdate(int reference)
 {
     if (!link() || m_state == State::Updating)
         return false;
+    if (m_state == State::Settling && reference == m_updating)
+        return true; // it is about to be asked for its version
     m_scanTimer.stop();
     m_restartTimer.stop();
     m_devices->setNewSysexID(midi::NoId); // of the box that was connected
@@ -242,7 +256,7 @@ void DeviceSession::connectTo(int reference)
         return;
     const bool listed = m_devices->connectToDevice(reference);
     m_wanted = m_devices->connectedReference();
-    m_lossTold = false; // the user knows
+    m_isNews = false; // the user knows
     tell(listed ? State::Connected : State::NoBox);
 }
 
@@ -257,7 +271,7 @@ void DeviceSession::take(MidiDevice &box, Asked asked)
         m_wanted = reference;
         m_devices->remember();
         tell(State::Connected);
-        if (std::exchange(m_lossTold, false))
+        if (std::exchange(m_isNews, false))
             emit logged(tr("%1 connected\n").arg(nameOf(box)));
     } else if (reference == m_declined && asked == Asked::ByNobody) {
         leave(State::UpdateDeclined);
@@ -286,13 +300,12 @@ void DeviceSession::acceptUpdate()
     if (m_state != State::UpdateAsked)
         return;
     // The box changes its ports while it is updated, and is then known by its IDs alone.
-    const MidiDevice &box = *m_devices->currentDevice();
-    const int count = m_devices->countAnswers(box);
+    MidiDevice *box = m_devices->currentDevice();
+    const int count = box ? m_devices->countAnswers(*box) : 0;
+    if (count > 1)
+        tellOfTwins(count, *box);
     if (count > 1 || !m_devices->connectToDeviceForFirmwareUpdate(m_updating)) {
-        if (count > 1)
-            emit logged(tr("%1 devices answer as %2: give each its own Sysex ID.\n")
-                            .arg(count)
-                            .arg(nameOf(box)));
+        m_wanted = midi::NoDeviceReference;
         leave(State::NoBox);
         return;
     }
@@ -362,9 +375,11 @@ void DeviceSession::check()
         return;
     const midi::PortNames now = link()->portNames();
     const bool open = m_state == State::Connected || m_state == State::UpdateAsked;
-    if (open && !link()->isOpenAmong(now))
+    const bool lost = open && !link()->isOpenAmong(now);
+    if (lost)
         lose();
-    if (m_names != now)
+    // While the user is asked, what comes can wait.
+    if (lost || (m_names != now && m_state != State::UpdateAsked))
         lookAtPorts(now);
     if (m_state == State::Settling)
         settle();
@@ -374,6 +389,10 @@ void DeviceSession::check()
 
 void DeviceSession::lose()
 {
+    if (!m_devices->currentDevice()) {
+        leave(State::Lost);
+        return;
+    }
     const MidiDevice &box = *m_devices->currentDevice();
     qCInfo(lcSession) << "ports are gone of" << nameOf(box);
     const bool wasConnected = m_state == State::Connected;
@@ -381,12 +400,11 @@ void DeviceSession::lose()
     // After a rest, the box may be back already when its loss is noticed.
     if (const auto pair = std::ranges::find(m_pairs, box.pairName()); pair != m_pairs.end())
         m_pairs.erase(pair);
-    m_names = {};
     m_devices->loseDevice();
     tell(State::Lost);
     if (!wasConnected)
         return;
-    m_lossTold = true;
+    m_isNews = true;
     emit logged(tr("%1 disconnected\n").arg(nameOf(box)));
 }
 
@@ -400,9 +418,8 @@ void DeviceSession::lookAtPorts(const midi::PortNames &names)
         showConnection();
         return;
     }
-    if (fresh.empty() || m_state == State::UpdateAsked)
-        return;
-    beginAttempts(fresh);
+    if (!fresh.empty())
+        beginAttempts(fresh);
 }
 
 void DeviceSession::beginAttempts(std::vector<std::string> pairs)
@@ -423,7 +440,7 @@ void DeviceSession::tryToConnect()
         m_devices->letGo();
         return;
     }
-    m_lossTold = true; // nobody knows of a box that comes
+    m_isNews = true;
     m_devices->connectTo(box);
     take(*box, Asked::ByNobody);
 }
@@ -454,12 +471,13 @@ MidiDevice *DeviceSession::onlyOther(int reference) const
     return others.size() == 1 ? others.first() : nullptr;
 }
 
-/// On how many of the pairs that a box could be on a box with this reference is listed.
+/// On how many pairs a box with this reference is listed.
 qsizetype DeviceSession::countPairs(int reference) const
 {
-    return std::ranges::count_if(m_pairs, [&](const std::string &pair) {
-        return std::ranges::any_of(m_devices->devices(), [&](const MidiDevice *box) {
-            return referenceOf(*box) == reference && box->pairName() == pair;
-        });
-    });
+    QSet<std::pair<QString, quint32>> pairs;
+    for (const MidiDevice *box : m_devices->devices()) {
+        if (referenceOf(*box) == reference)
+            pairs.insert({QString::fromStdString(box->pairName()), box->deviceIndex()});
+    }
+    return pairs.size();
 }

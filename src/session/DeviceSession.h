@@ -16,17 +16,20 @@ class QtRtMIDI;
 /// chooses a box, lets go of one, or offers it new firmware; what the window shows follows from
 /// `state` and `connectedIndex`.
 ///
-/// | State          | What is so                                   | Ends with |
-/// |----------------|----------------------------------------------|--------------------------------|
-/// | NoBox          | nothing is connected                         | a scan, a choice, new ports |
-/// | Looking        | a scan is due                                | its result | | Connected | the
-/// link is open, the firmware is good       | gone ports, a scan, a choice   | | UpdateAsked    |
-/// the box needs firmware, the user is asked    | the answer, gone ports         | | UpdateDeclined
-/// | as NoBox; that box is not taken unasked      | as NoBox                       | | Updating |
-/// the updater writes, or shows why it does not | its end, the closed window     | | Settling | the
-/// box restarts, and is asked until it      | the answer, or a scan when     | |                |
-/// answers with other firmware                  | patience ends                  | | Lost | as
-/// NoBox; only the same box is taken unasked | as NoBox                       |
+// clang-format off
+/// | State          | What is so                                      | Ends with                 |
+/// |----------------|-------------------------------------------------|---------------------------|
+/// | Looking        | a scan is due                                   | its result                |
+/// | NoBox          | nothing is connected                            | new ports of a box        |
+/// | Connected      | the link is open, the firmware is good          | its ports are gone        |
+/// | UpdateAsked    | the box needs firmware, and the user is asked   | the answer, or gone ports |
+/// | UpdateDeclined | as NoBox, but that box is not taken unasked     | new ports of a box        |
+/// | Updating       | the updater writes, or its window tells a fault | its end, a closed window  |
+/// | Settling       | the box restarts, and is asked until it answers | the answer, or ten seconds|
+/// | Lost           | as NoBox, but only the same box is taken unasked| new ports of a box        |
+// clang-format on
+///
+/// A scan or a choice by the user ends each of them, too, but for Updating.
 ///
 /// Twice a second it looks at the names of the ports, which costs next to nothing. Only pairs of
 /// ports that are new, and called as a box's are, are asked who is there.
@@ -93,8 +96,12 @@ public:
     /// The connected box took new settings, and answers to this sysex ID once it has restarted.
     Q_INVOKABLE void settingsWritten(int sysexId);
 
+    /// The updater reported that the update is complete, or that it cannot be.
+    Q_INVOKABLE void beginSettling();
+    Q_INVOKABLE void failUpdate() { m_updateFailed = true; }
+
     /// What the timer does, now.
-    void check();
+    Q_INVOKABLE void check();
 
 signals:
     void devicesChanged();
@@ -115,6 +122,7 @@ private:
     void showConnection();
     void scanNow(Asked asked);
     void tellScanResult(Asked asked);
+    void tellOfTwins(qsizetype count, const MidiDevice &box);
     void takeScanned(MidiDevice &box, Asked asked);
     void take(MidiDevice &box, Asked asked);
     [[nodiscard]] bool needsUpdate(MidiDevice &box);
@@ -128,7 +136,6 @@ private:
     [[nodiscard]] MidiDevice *pick(const QList<MidiDevice *> &found) const;
     [[nodiscard]] MidiDevice *onlyOther(int reference) const;
     [[nodiscard]] qsizetype countPairs(int reference) const;
-    void beginSettling();
     void settle();
     [[nodiscard]] QtRtMIDI *link() const;
 
@@ -149,6 +156,6 @@ private:
     int m_wanted = midi::NoDeviceReference; ///< the box that was lost
     int m_declined = midi::NoDeviceReference;
     int m_updating = midi::NoDeviceReference; ///< the box in question, from UpdateAsked on
-    bool m_lossTold = false;                  ///< and not that a box was found since
+    bool m_isNews = false;                    ///< to the user, that a box is connected next
     bool m_updateFailed = false;
 };

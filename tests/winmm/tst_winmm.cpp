@@ -39,7 +39,7 @@ private slots:
         QCOMPARE(readScript(link), "x");
         QCOMPARE(link.portCount(), 1);
         QCOMPARE(link.portName(0), "MIDIIN4 (Ostrel) 3");
-        QCOMPARE(link.pairName(0), std::string(Input));
+        QCOMPARE(link.pair(0).input.name, std::string(Input));
         const midi::PortNames names = link.portNames();
         QCOMPARE(names, (midi::PortNames{{"Ostrel", "MIDIIN2 (Ostrel)", "MIDIIN3 (Ostrel)", Input},
                                          {"Microsoft GS Wavetable Synth", "Ostrel",

@@ -85,11 +85,18 @@ const Port *findPort(std::span<const Port> ports, std::string_view wanted)
 std::vector<PortPair> findPairs(const PortLists &ports, std::string_view input,
                                 std::string_view output)
 {
-    const auto inputs = findPorts(ports.inputs, input);
-    const auto outputs = findPorts(ports.outputs, output);
+    auto outputs = findPorts(ports.outputs, output);
     std::vector<PortPair> pairs;
-    for (std::size_t i = 0; i < std::min(inputs.size(), outputs.size()); ++i)
-        pairs.push_back({*inputs[i], *outputs[i]});
+    for (const Port *in : findPorts(ports.inputs, input)) {
+        const auto out = std::ranges::find_if(outputs, [&](const Port *candidate) {
+            // A device on ALSA is a client, and may be there with half of its ports.
+            return !in->alsa || !candidate->alsa || in->alsa->client == candidate->alsa->client;
+        });
+        if (out == outputs.end())
+            continue;
+        pairs.push_back({*in, **out});
+        outputs.erase(out);
+    }
     return pairs;
 }
 

@@ -294,11 +294,19 @@ private slots:
             "Box 5:5 disconnected|Box 5:5 connected");
         add("its new sysex ID", "a", "new7 -a +b", "C5/1 C5/1 X/0 C7/1",
             "Settings written.|Box 5:5 disconnected|Box 7:7 connected");
+        add("settings, and another box", "ab", "scan new6 -a wait", "C5/1 C5/2 C5/2 X/1 X/1",
+            "Settings written.|Box 5:5 disconnected");
+        add("slow, and another one chosen", "b", "+s scan c7 check check",
+            "C7/1 C7/1 C7/1 C7/1 C7/1 C7/1", "");
+        add("back and slow, and another one chosen", "ab", "scan -a +s c7 check check",
+            "C5/1 C5/2 X/1 X/1 C7/1 C7/1 C7/1", "Box 5:5 disconnected");
+        add("asked, another one comes first", "o", "+b -o", "A/1 A/1 C7/1", "Box 7:7 connected");
         add("old, declined", "o", "no -o +o scan", "A/1 D/1 D/0 D/1 A/1", "");
         add("declined, another one comes", "o", "no +b scan -b -o +o",
             "A/1 D/1 C7/2 C7/2 X/1 X/0 X/1", "Box 7:7 connected|Box 7:7 disconnected");
         add("asked, and gone", "o", "-o +b", "A/1 X/0 C7/1", "Box 7:7 connected");
-        add("updated", "o", "ok done -o +a", "A/1 U/1 S/1 S/1 C5/1", "Firmware updated to 1.2.3.");
+        add("updated", "o", "ok done -o +a check check", "A/1 U/1 S/1 S/1 C5/1 C5/1 C5/1",
+            "Firmware updated to 1.2.3.");
         add("updated, still in its bootloader", "B", "scan ok done check -B+a",
             "N/0 A/1 U/1 S/1 S/1 C5/1", "Firmware updated to 1.2.3.");
         add("updated, and a scan meanwhile", "o", "ok done -o+b scan", "A/1 U/1 S/1 S/2 C7/1", "");
@@ -360,6 +368,8 @@ private:
                 session.connectTo(reference);
         } else if (word.startsWith("new")) {
             session.settingsWritten(word.mid(3).toInt());
+        } else if (word == "wait") {
+            QTest::qWait(DeviceSession::RestartMs + 100); // for nothing to happen
         } else if (word == "no") {
             session.declineUpdate();
         } else if (word == "ok") {
