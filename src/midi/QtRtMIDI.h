@@ -112,10 +112,9 @@ private:
     std::unique_ptr<midi::Backend> m_backend; ///< null before the first use and without a service
     QDeadlineTimer m_nextAttempt;             ///< to find a service, which costs time
     QPointer<QObject> m_settingsTransfer;
-    std::string m_namedInput, m_namedOutput; ///< of the last scan by names
     std::vector<midi::PortPair> m_pairs;
     std::optional<midi::PortPair> m_openPair;
     std::optional<unsigned> m_selected; ///< the open pair's place in m_pairs
-    std::string m_portName, m_error;
+    std::string m_portName, m_error, m_namedInput, m_namedOutput; ///< two of the last named scan
     Message m_block; ///< the payload that was read last
 };

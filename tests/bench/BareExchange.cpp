@@ -22,11 +22,10 @@ BareExchange::BareExchange(const char *inputPort, const char *outputPort)
         throw std::runtime_error(error);
     midi::PortLists ports;
     require(m_backend->listPorts(ports));
-    const midi::Port *input = midi::findPort(ports.inputs, inputPort);
-    const midi::Port *output = midi::findPort(ports.outputs, outputPort);
-    if (!input || !output)
+    const std::vector<midi::PortPair> pairs = midi::findPairs(ports, inputPort, outputPort);
+    if (pairs.empty())
         throw std::runtime_error("no such ports");
-    require(m_backend->open(*input, *output));
+    require(m_backend->open(pairs[0].input, pairs[0].output));
 }
 
 void BareExchange::send(const midi::ByteMessage &message)

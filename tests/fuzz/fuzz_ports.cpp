@@ -32,7 +32,8 @@ std::string takeLine(fuzz::Input &input)
 
 void checkFinding(const std::vector<Port> &ports, const std::string &wanted)
 {
-    const Port *found = midi::findPort(ports, wanted);
+    const std::vector<const Port *> fitting = midi::findPorts(ports, wanted);
+    const Port *found = fitting.empty() ? nullptr : fitting.front();
     const auto exact = std::ranges::find(ports, wanted, &Port::reported);
     require(exact == ports.end() || found == &*exact, "the first exact name wins");
     for (const Port &port : ports) {

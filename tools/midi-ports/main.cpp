@@ -51,11 +51,10 @@ int main(int argc, char **argv)
         print("out", ports.outputs);
         return 0;
     }
-    const midi::Port *input = midi::findPort(ports.inputs, argv[1]);
-    const midi::Port *output = midi::findPort(ports.outputs, argv[2]);
-    if (!input || !output)
+    const std::vector<midi::PortPair> pairs = midi::findPairs(ports, argv[1], argv[2]);
+    if (pairs.empty())
         return fail("no such pair of ports");
-    if (error = backend->open(*input, *output); !error.empty())
+    if (error = backend->open(pairs[0].input, pairs[0].output); !error.empty())
         return fail(error);
     if (error = backend->send(midi::identityRequest()); !error.empty())
         return fail(error);

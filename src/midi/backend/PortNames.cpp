@@ -43,21 +43,6 @@ bool isWindowsName(const Port &port, std::string_view wanted, const char *direct
     return !device.empty() && port.reported.starts_with(std::string(device) + ':');
 }
 
-/// Those reported exactly as `wanted`, then those whose name means the same.
-std::vector<const Port *> findPorts(std::span<const Port> ports, std::string_view wanted)
-{
-    std::vector<const Port *> exact, meant;
-    for (const Port &port : ports) {
-        if (port.reported == wanted)
-            exact.push_back(&port);
-        else if (port.plainName == wanted || isWindowsName(port, wanted, "MIDIIN") ||
-                 isWindowsName(port, wanted, "MIDIOUT"))
-            meant.push_back(&port);
-    }
-    exact.insert(exact.end(), meant.begin(), meant.end());
-    return exact;
-}
-
 } // namespace
 
 Port parsePort(NameStyle style, unsigned number, std::string reported)
@@ -76,10 +61,18 @@ Port parsePort(NameStyle style, unsigned number, std::string reported)
     return port;
 }
 
-const Port *findPort(std::span<const Port> ports, std::string_view wanted)
+std::vector<const Port *> findPorts(std::span<const Port> ports, std::string_view wanted)
 {
-    const std::vector<const Port *> found = findPorts(ports, wanted);
-    return found.empty() ? nullptr : found.front();
+    std::vector<const Port *> exact, meant;
+    for (const Port &port : ports) {
+        if (port.reported == wanted)
+            exact.push_back(&port);
+        else if (port.plainName == wanted || isWindowsName(port, wanted, "MIDIIN") ||
+                 isWindowsName(port, wanted, "MIDIOUT"))
+            meant.push_back(&port);
+    }
+    exact.insert(exact.end(), meant.begin(), meant.end());
+    return exact;
 }
 
 std::vector<PortPair> findPairs(const PortLists &ports, std::string_view input,
@@ -89,7 +82,6 @@ std::vector<PortPair> findPairs(const PortLists &ports, std::string_view input,
     std::vector<PortPair> pairs;
     for (const Port *in : findPorts(ports.inputs, input)) {
         const auto out = std::ranges::find_if(outputs, [&](const Port *candidate) {
-            // A device on ALSA is a client, and may be there with half of its ports.
             return !in->alsa || !candidate->alsa || in->alsa->client == candidate->alsa->client;
         });
         if (out == outputs.end())

@@ -56,13 +56,14 @@ struct PortPair
 /// Takes the name apart that the library reports for port `number`.
 [[nodiscard]] Port parsePort(NameStyle style, unsigned number, std::string reported);
 
-/// The first port reported exactly as `wanted`; where there is none, the first whose plain name is,
-/// or, on ALSA, the one that Windows would call so: MIDIINn (Device) and MIDIOUTn (Device) mean
-/// port n - 1 of the client Device. Null without any.
-[[nodiscard]] const Port *findPort(std::span<const Port> ports, std::string_view wanted);
+/// The ports reported exactly as `wanted`, and then those whose plain name is, or, on ALSA, which
+/// Windows would call so: MIDIINn (Device) and MIDIOUTn (Device) mean port n - 1 of the client
+/// Device.
+[[nodiscard]] std::vector<const Port *> findPorts(std::span<const Port> ports,
+                                                  std::string_view wanted);
 
-/// The input and the output that findPort() finds, and then, for further boxes of the same kind,
-/// each next input with the next output that it could have found instead.
+/// Pairs such inputs with such outputs in this order, on ALSA only those of one client: one pair
+/// per box of that kind.
 [[nodiscard]] std::vector<PortPair> findPairs(const PortLists &ports, std::string_view input,
                                               std::string_view output);
 

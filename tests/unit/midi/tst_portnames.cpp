@@ -100,8 +100,8 @@ private slots:
         QFETCH(std::string, wanted);
         QFETCH(int, found);
         const std::vector<Port> list = ports(style, names);
-        const Port *port = midi::findPort(list, wanted);
-        QCOMPARE(port ? static_cast<int>(port->number) : -1, found);
+        const std::vector<const Port *> fitting = midi::findPorts(list, wanted);
+        QCOMPARE(fitting.empty() ? -1 : static_cast<int>(fitting[0]->number), found);
     }
 
     void pairsPorts_data()
