@@ -113,9 +113,14 @@ void ConnectedDeviceListModel::listNamedPairs(bool every)
 
 void ConnectedDeviceListModel::askOn(unsigned port)
 {
-    static_cast<void>(askWhoIsThere(*m_link, port, [this, port](midi::ByteView message) {
-        return handleReply(message, port);
-    }));
+    const qsizetype before = m_devices.size();
+    const auto take = [&](midi::ByteView message) { return handleReply(message, port); };
+    // A box that is without a name in the list is hard to tell from another one.
+    const auto isNameless = [](const MidiDevice *device) { return *device->displayName() == '\0'; };
+    const auto expectsName = [&] {
+        return std::any_of(m_devices.cbegin() + before, m_devices.cend(), isNameless);
+    };
+    static_cast<void>(askWhoIsThere(*m_link, port, take, expectsName));
 }
 
 std::vector<std::string> ConnectedDeviceListModel::boxPairs()

@@ -135,6 +135,18 @@ private slots:
         QCOMPARE(QSettings().value("zevost_lastproduct").toInt(), 0x1A00);
     }
 
+    void leavesAnotherProductAlone()
+    {
+        WindowWithBox ui({"--product", "12"});
+        QVERIFY(choose(ui, ScanEntry));
+        QVERIFY(logEndsWith(ui, "No device found. Check cable and power.\n"));
+        QCOMPARE(chosen(ui), NotConnected);
+        QCOMPARE(ui.iconOpacity("sendIcon"), 0.2);
+        ui.pressCtrl(Qt::Key_Return);
+        for (const QString &line : ui.box.lines().filter("received"))
+            QCOMPARE(line, "received identity-request");
+    }
+
     void readsTheScript()
     {
         const QString text = "# from the box\nprint('hello')\n";
