@@ -12,6 +12,8 @@ ZEVComboBox {
     readonly property ConnectedDeviceListModel listModel: session.devices
     readonly property int connectedDeviceIndex: session.connectedIndex
     readonly property bool deviceConnected: session.state === DeviceSession.Connected
+    readonly property string noDeviceText: session.state === DeviceSession.Looking ? qsTr("- scanning -")
+                                                                                   : qsTr("- not connected -")
     readonly property int scanEntry: -1
 
     signal deviceIsConnected(int index)
@@ -50,11 +52,7 @@ ZEVComboBox {
     model: listModel
     textRole: "display"
     valueRole: "value"
-    displayText: {
-        if (session.state === DeviceSession.Looking)
-            return qsTr("- scanning -");
-        return deviceConnected ? currentText : qsTr("- not connected -");
-    }
+    displayText: deviceConnected ? currentText : noDeviceText
 
     Accessible.name: qsTr("Device")
 
