@@ -12,7 +12,7 @@ class StateFile : public QObject
 
 public:
     static inline const QString FileName = QStringLiteral("window.json");
-    static constexpr qint64 MaxSize = 1024 * 1024; ///< bytes; a larger file is damaged
+    static constexpr qint64 MaxSize = qint64{1024} * 1024; ///< bytes; a larger file is damaged
 
     using QObject::QObject;
 

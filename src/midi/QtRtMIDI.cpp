@@ -181,9 +181,9 @@ void QtRtMIDI::setCallbackMode(bool enabled)
 /// loop.
 void QtRtMIDI::showText(const Message &message)
 {
-    const auto show = [this, message] { receive(message); };
     if (midi::isTextMessage(message))
-        QMetaObject::invokeMethod(this, show, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, "receive", Qt::QueuedConnection,
+                                  Q_ARG(std::vector<uint8_t>, message));
 }
 
 bool QtRtMIDI::receiveMessage(Message &message)

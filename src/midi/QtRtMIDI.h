@@ -100,7 +100,7 @@ signals:
     void textMessageReceived(QString text);
 
 private:
-    void receive(const Message &message);
+    Q_INVOKABLE void receive(const std::vector<uint8_t> &message);
     void showText(const Message &message);
     [[nodiscard]] midi::Backend *backend();
     void listPairs(std::size_t named, bool equal);
