@@ -1,9 +1,9 @@
 import QtQuick
 import QtQuick.Templates as T
 
-/// Makes a window, or a part of one, of another document when it is first needed, so that the main
-/// window's start pays for none of them. The document is named by its address: a component written in place
-/// would have it loaded, with all that it imports, although nothing is made of it yet.
+/// Makes a window, or a part of one, when it is first needed, so that the main window's start pays for
+/// none of them. The document is named by its address, because a component written in place would be
+/// loaded at once, with all that it imports, although nothing is made of it yet.
 Loader {
     id: root
 
@@ -26,7 +26,8 @@ Loader {
     active: false
 
     onWantedChanged: {
-        // Later, since this may come before the properties while what it stands in is made.
+        // Later, since this may come before the properties while what it stands in is made. The
+        // linter of Qt 6.4 does not know callLater() for a function.
         if (wanted)
             Qt.callLater(make); // qmllint disable
     }

@@ -16,6 +16,7 @@ Item {
     property var places: [] ///< rectangles, in the text area
 
     function markAgain() {
+        // The linter of Qt 6.4 does not know this for a function.
         Qt.callLater(mark); // qmllint disable
     }
 

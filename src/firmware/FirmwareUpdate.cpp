@@ -320,10 +320,7 @@ bool FirmwareUpdate::transferActive() const
 void FirmwareUpdate::setState(State state)
 {
     const bool wasActive = transferActive();
-    const bool wasBusy = busy();
     m_state = state;
-    if (busy() != wasBusy)
-        emit busyChanged();
     if (transferActive() == wasActive)
         return;
     if (wasActive) {

@@ -23,8 +23,6 @@ class FirmwareUpdate : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(QtRtMIDI *midiObj READ midiObj WRITE setMidiObj NOTIFY midiObjChanged FINAL)
-    /// From the start of an update until the box had time to restart after it.
-    Q_PROPERTY(bool busy READ busy NOTIFY busyChanged FINAL)
     /// The box is being written to, or about to be.
     Q_PROPERTY(bool transferActive READ transferActive NOTIFY transferActiveChanged FINAL)
     Q_PROPERTY(int bytesSent READ bytesSent NOTIFY transferChanged FINAL)
@@ -92,7 +90,6 @@ public:
     [[nodiscard]] const std::uint8_t *fileData() const { return m_image.payload().data(); }
     [[nodiscard]] State updateState() const { return m_state; }
 
-    [[nodiscard]] bool busy() const { return m_state != State::Idle; }
     [[nodiscard]] bool transferActive() const;
     [[nodiscard]] int bytesSent() const { return static_cast<int>(m_estimate.bytesSent()); }
     [[nodiscard]] int bytesTotal() const { return static_cast<int>(m_estimate.bytesTotal()); }
@@ -109,7 +106,6 @@ signals:
     void statusChanged(QString statusMsg);
     void updateCompleted();
     void updateError(QString errorMsg);
-    void busyChanged();
     void transferActiveChanged();
     void transferChanged();
 

@@ -397,7 +397,7 @@ void DeviceSession::lose()
     qCInfo(lcSession) << "ports are gone of" << nameOf(box);
     const bool wasConnected = m_state == State::Connected;
     m_wanted = wasConnected ? referenceOf(box) : midi::NoDeviceReference;
-    // After a rest, the box may be back already when its loss is noticed.
+    // The box may be back already when its loss is noticed.
     if (const auto pair = std::ranges::find(m_pairs, box.pairName()); pair != m_pairs.end())
         m_pairs.erase(pair);
     m_devices->loseDevice();
